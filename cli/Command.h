@@ -1,0 +1,25 @@
+#pragma once
+
+#include "cli/Arguments.h"
+
+#include <string>
+
+namespace quilo::cli {
+
+// Exit statuses of every command.
+constexpr int kExitSuccess = 0;
+constexpr int kExitFailure = 1; // the work failed, wholly or in part
+constexpr int kExitUsage = 2;   // the command line was wrong
+
+struct Command {
+    const char* name;
+    const char* summary; // one line for `quilo --help`
+    const char* help;    // the whole text for `quilo NAME --help`
+    ArgumentSpec spec;
+    int (*run)(const Arguments& arguments);
+};
+
+const Command& infoCommand();
+const Command& extractCommand();
+
+} // namespace quilo::cli

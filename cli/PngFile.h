@@ -1,0 +1,12 @@
+#pragma once
+
+#include "iconfamily/ElementDecoder.h"
+
+#include <filesystem>
+
+namespace quilo::cli {
+
+// Writes the element's pixels as a PNG (grey for a mask, RGBA otherwise).
+bool writePng(const std::filesystem::path& path, const DecodedElement& element);
+
+} // namespace quilo::cli

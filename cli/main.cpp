@@ -1,0 +1,66 @@
+#include "cli/Command.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+using quilo::cli::Command;
+
+std::vector<const Command*> commands()
+{
+    return {&quilo::cli::infoCommand(), &quilo::cli::extractCommand()};
+}
+
+void printOverview(std::FILE* to)
+{
+    std::fprintf(to, "Usage: quilo COMMAND [ARGUMENTS]\n\nCommands:\n");
+    for (const Command* command : commands())
+        std::fprintf(to, "  %-10s %s\n", command->name, command->summary);
+    std::fprintf(to, "\nRun 'quilo COMMAND --help' for a command's arguments.\n");
+}
+
+bool wantsHelp(const std::vector<std::string>& words)
+{
+    for (const std::string& word : words) {
+        if (word == "--")
+            return false;
+        if (word == "--help" || word == "-h")
+            return true;
+    }
+    return false;
+}
+
+int runCommand(const Command& command, const std::vector<std::string>& words)
+{
+    if (wantsHelp(words)) {
+        std::fputs(command.help, stdout);
+        return quilo::cli::kExitSuccess;
+    }
+    std::string error;
+    const auto arguments = quilo::cli::parseArguments(words, command.spec, error);
+    if (!arguments) {
+        std::fprintf(stderr, "quilo %s: %s\nRun 'quilo %s --help' for its arguments.\n", command.name,
+                     error.c_str(), command.name);
+        return quilo::cli::kExitUsage;
+    }
+    return command.run(*arguments);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    if (words.empty() || words[0] == "--help" || words[0] == "-h" || words[0] == "help") {
+        printOverview(words.empty() ? stderr : stdout);
+        return words.empty() ? quilo::cli::kExitUsage : quilo::cli::kExitSuccess;
+    }
+    for (const Command* command : commands())
+        if (words[0] == command->name)
+            return runCommand(*command, {words.begin() + 1, words.end()});
+    std::fprintf(stderr, "quilo: unknown command '%s'\n\n", words[0].c_str());
+    printOverview(stderr);
+    return quilo::cli::kExitUsage;
+}

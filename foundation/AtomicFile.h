@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+
+namespace quilo {
+
+// Replaces (or creates) the file at `path` with `bytes`: written to a
+// temporary file in the same folder, flushed to disk, then renamed over the
+// target, so readers see the old file or the new one, never a mixture. An
+// existing file's permissions are kept. False, with nothing changed, on error.
+bool writeFileAtomically(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
+
+} // namespace quilo

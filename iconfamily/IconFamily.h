@@ -1,0 +1,57 @@
+#pragma once
+
+#include "foundation/FourCharCode.h"
+#include "iconfamily/BitmapImageRep.h"
+#include "iconfamily/IconServices.h"
+#include "iconfamily/Image.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace quilo {
+
+// One icon family (the data of an .icns file) held in a block of its own.
+// Every piece of state lives in the block.
+class IconFamily {
+public:
+    // An empty block: a family with no elements.
+    IconFamily();
+    // Takes the block over without copying it.
+    explicit IconFamily(IconFamilyHandle&& iconFamilyHandle);
+
+    static std::unique_ptr<IconFamily> iconFamily();
+    static std::unique_ptr<IconFamily> iconFamilyWithContentsOfFile(const std::filesystem::path& path);
+    static std::unique_ptr<IconFamily> iconFamilyWithIconFamilyHandle(IconFamilyHandle&& handle);
+
+    // Packs the bitmap into the element of that type, replacing any element of
+    // the type. Only the ten element types Quilo writes are accepted.
+    bool setIconFamilyElement(OSType elementType, const BitmapImageRep& fromBitmapImageRep);
+
+    // A 32-bit colour element with its mask as straight R, G, B, A; the mask
+    // missing, fully opaque. Null for other types or a missing element.
+    std::unique_ptr<BitmapImageRep> bitmapImageRepWithAlphaForIconFamilyElement(OSType elementType) const;
+
+    // One representation per picture element of the family, premultiplied.
+    std::unique_ptr<Image> imageWithAllReps() const;
+
+    // Writes the block verbatim. Always true: callers cannot learn of a failed
+    // write from the result.
+    bool writeToFile(const std::filesystem::path& path) const;
+
+    const IconFamilyHandle& iconFamilyHandle() const { return hIconFamily_; }
+
+    // Packing one bitmap into one element's data (the Internals of the
+    // family). Null for a bitmap of the wrong size or an unreadable layout.
+    using ElementData = std::optional<std::vector<std::uint8_t>>;
+    static ElementData get32BitDataFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
+    static ElementData get8BitDataFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
+    static ElementData get8BitMaskFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
+    static ElementData get1BitMaskFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
+
+private:
+    IconFamilyHandle hIconFamily_;
+};
+
+} // namespace quilo
