@@ -39,11 +39,13 @@ std::vector<std::uint8_t> argbFromInterleavedRgb(std::span<const std::uint8_t> r
     return argb;
 }
 
+// Packed channels; when `exactly`, the data must end with the last run.
 std::optional<std::vector<std::uint8_t>> unpackChannels(std::span<const std::uint8_t> packed,
-                                                        std::size_t pixels)
+                                                        std::size_t pixels, bool exactly)
 {
     std::vector<std::uint8_t> planes(pixels * 3);
-    if (icnsrle::unpack(packed, planes) == 0)
+    const std::size_t used = icnsrle::unpack(packed, planes);
+    if (used == 0 || (exactly && used != packed.size()))
         return std::nullopt;
     return argbFromPlanes(planes, pixels);
 }
@@ -74,9 +76,11 @@ std::optional<std::vector<std::uint8_t>> unpackRgb32Element(const ElementGeometr
     if (geometry.type == kThumbnail32BitData && packed.size() >= 4
         && std::all_of(packed.begin(), packed.begin() + 4, [](std::uint8_t b) { return b == 0; }))
         packed = packed.subspan(4);
-    if (auto argb = unpackChannels(packed, pixels))
+    // Data exactly as long as raw RGB is packed only if it decodes to the byte.
+    const bool rawSized = stored.size() == pixels * 3;
+    if (auto argb = unpackChannels(packed, pixels, rawSized))
         return argb;
-    if (stored.size() == pixels * 3)
+    if (rawSized)
         return argbFromInterleavedRgb(stored, pixels);
     return std::nullopt;
 }
