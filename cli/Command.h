@@ -21,5 +21,6 @@ struct Command {
 
 const Command& infoCommand();
 const Command& extractCommand();
+const Command& icnsCommand();
 
 } // namespace quilo::cli

@@ -10,7 +10,7 @@ using quilo::cli::Command;
 
 std::vector<const Command*> commands()
 {
-    return {&quilo::cli::infoCommand(), &quilo::cli::extractCommand()};
+    return {&quilo::cli::icnsCommand(), &quilo::cli::infoCommand(), &quilo::cli::extractCommand()};
 }
 
 void printOverview(std::FILE* to)

@@ -4,6 +4,7 @@
 #include "iconfamily/BitmapImageRep.h"
 #include "iconfamily/IconServices.h"
 #include "iconfamily/Image.h"
+#include "iconfamily/Resampler.h"
 
 #include <filesystem>
 #include <memory>
@@ -24,6 +25,16 @@ public:
     static std::unique_ptr<IconFamily> iconFamily();
     static std::unique_ptr<IconFamily> iconFamilyWithContentsOfFile(const std::filesystem::path& path);
     static std::unique_ptr<IconFamily> iconFamilyWithIconFamilyHandle(IconFamilyHandle&& handle);
+
+    // Thumbnails of the picture at 128, 32 and 16 pixels in all ten elements;
+    // the smaller two are drawn from the finished 128 px thumbnail.
+    IconFamily(const Image& thumbnailsOfImage, ImageInterpolation usingImageInterpolation);
+    static std::unique_ptr<IconFamily> iconFamilyWithThumbnailsOfImage(
+        const Image& image, ImageInterpolation usingImageInterpolation = ImageInterpolation::High);
+
+    // The picture fitted (longer side filling the square) and centred in a
+    // clear square of iconWidth pixels.
+    static Image resampleImage(const Image& image, int toIconWidth, ImageInterpolation usingImageInterpolation);
 
     // Packs the bitmap into the element of that type, replacing any element of
     // the type. Only the ten element types Quilo writes are accepted.
