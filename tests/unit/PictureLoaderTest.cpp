@@ -1,0 +1,128 @@
+#include "iconfamily/ImageFileTypes.h"
+#include "iconfamily/PictureLoader.h"
+#include "iconfamily/VipsRuntime.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+#include <vips/vips8>
+
+namespace quilo {
+namespace {
+
+const std::filesystem::path kPictures = std::filesystem::path(QUILO_SOURCE_DIR) / "tests/fixtures/pictures";
+
+std::array<int, 4> pixelAt(const Image& image, int x, int y)
+{
+    const std::uint8_t* pixel = image.bestRepresentation()->row(y) + 4 * x;
+    return {pixel[0], pixel[1], pixel[2], pixel[3]};
+}
+
+struct Expected {
+    const char* file;
+    int tolerance; // how far a lossy format may stray
+};
+
+TEST(PictureLoader, ReadsEveryFormatUprightIn8BitPremultipliedSrgb)
+{
+    // The fixtures hold red = 4x, green = 5y, blue = red; the rotated one is
+    // stored on its side with an EXIF orientation that stands it up.
+    const Expected gradients[] = {
+        {"gradient.jpg", 6},  {"gradient.JPG", 6},     {"gradient.png", 0},          {"gradient.gif", 12},
+        {"gradient.webp", 8}, {"gradient.tif", 0},     {"gradient.jp2", 6},          {"gradient.bmp", 0},
+        {"gradient.jxl", 10},  {"gradient.heic", 12},   {"gradient.avif", 12},        {"gradient-16bit.png", 0},
+        {"gradient-rotated.jpg", 6},
+    };
+    for (const Expected& expected : gradients) {
+        SCOPED_TRACE(expected.file);
+        const PictureLoadResult result = imageWithContentsOfFile(kPictures / expected.file);
+        ASSERT_TRUE(result.image) << result.error;
+        EXPECT_EQ(result.image->pixelsWide(), 64);
+        EXPECT_EQ(result.image->pixelsHigh(), 48);
+        const BitmapImageRep& rep = *result.image->bestRepresentation();
+        ASSERT_EQ(rep.pixelsWide(), 64);
+        ASSERT_EQ(rep.samplesPerPixel(), 4);
+        for (auto [x, y] : {std::pair{40, 30}, std::pair{5, 40}, std::pair{60, 2}}) {
+            const auto pixel = pixelAt(*result.image, x, y);
+            EXPECT_NEAR(pixel[0], 4 * x, expected.tolerance) << x << "," << y;
+            EXPECT_NEAR(pixel[1], 5 * y, expected.tolerance) << x << "," << y;
+            EXPECT_NEAR(pixel[2], 4 * x, expected.tolerance) << x << "," << y;
+            EXPECT_EQ(pixel[3], 255);
+        }
+    }
+}
+
+TEST(PictureLoader, PremultipliesAlphaAndMeasuresDrawingsInPoints)
+{
+    const auto translucent = imageWithContentsOfFile(kPictures / "gradient-alpha.png");
+    ASSERT_TRUE(translucent.image);
+    EXPECT_EQ(pixelAt(*translucent.image, 40, 30), (std::array<int, 4>{80, 75, 80, 128}));
+
+    const auto grey = imageWithContentsOfFile(kPictures / "gradient-grey.png");
+    ASSERT_TRUE(grey.image);
+    EXPECT_EQ(pixelAt(*grey.image, 40, 30), (std::array<int, 4>{160, 160, 160, 255}));
+
+    // CMYK goes through a colour profile: saturated colours move, greys stay.
+    const auto cmyk = imageWithContentsOfFile(kPictures / "gradient-cmyk.jpg");
+    ASSERT_TRUE(cmyk.image);
+    const auto neutral = pixelAt(*cmyk.image, 40, 30);
+    EXPECT_NEAR(neutral[0], 160, 10);
+    EXPECT_NEAR(neutral[1], 150, 10);
+    EXPECT_NEAR(neutral[2], 160, 10);
+
+    for (const char* drawing : {"gradient.svg", "gradient.pdf"}) {
+        const auto loaded = imageWithContentsOfFile(kPictures / drawing);
+        ASSERT_TRUE(loaded.image) << drawing << ": " << loaded.error;
+        EXPECT_EQ(loaded.image->pixelsWide(), 0) << "a drawing has no pixel size of its own";
+        EXPECT_DOUBLE_EQ(loaded.image->width(), 64);
+        EXPECT_DOUBLE_EQ(loaded.image->height(), 48);
+        // Rendered for the icon, not at its own small size.
+        EXPECT_GE(loaded.image->bestRepresentation()->pixelsWide(), 256) << drawing;
+        EXPECT_EQ(pixelAt(*loaded.image, 10, 10), (std::array<int, 4>{255, 0, 0, 255})) << drawing;
+    }
+}
+
+TEST(PictureLoader, DecodesALargePhotoAtAReducedScale)
+{
+    ASSERT_TRUE(ensureVipsStarted());
+    test::TemporaryDirectory directory;
+    const auto path = directory / "large.jpg";
+    vips::VImage::black(6000, 4000, vips::VImage::option()->set("bands", 3)).jpegsave(path.c_str());
+    const auto loaded = imageWithContentsOfFile(path);
+    ASSERT_TRUE(loaded.image) << loaded.error;
+    EXPECT_EQ(loaded.image->pixelsWide(), 6000);
+    EXPECT_EQ(loaded.image->pixelsHigh(), 4000);
+    // Decoded at an eighth (750 x 500), then box-reduced while streaming to
+    // no less than twice the 128 px icon.
+    EXPECT_EQ(loaded.image->bestRepresentation()->pixelsWide(), 375);
+    EXPECT_EQ(loaded.image->bestRepresentation()->pixelsHigh(), 250);
+}
+
+TEST(PictureLoader, GivesACleanErrorForWhatIsNotAWholePicture)
+{
+    test::TemporaryDirectory directory;
+    const auto jpeg = test::readFileBytes(kPictures / "gradient.jpg");
+    const auto png = test::readFileBytes(kPictures / "gradient.png");
+    test::writeFileBytes(directory / "empty.jpg", {});
+    const std::string text = "Dear diary, today I named a text file .jpg\n";
+    test::writeFileBytes(directory / "text.jpg", std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+    test::writeFileBytes(directory / "cut.jpg", std::span(jpeg).first(jpeg.size() / 2));
+    test::writeFileBytes(directory / "cut.png", std::span(png).first(png.size() / 2));
+    for (const char* name : {"empty.jpg", "text.jpg", "cut.jpg", "cut.png", "absent.png"}) {
+        const auto loaded = imageWithContentsOfFile(directory / name);
+        EXPECT_FALSE(loaded.image) << name;
+        EXPECT_FALSE(loaded.error.empty()) << name;
+    }
+}
+
+TEST(ImageFileTypes, ComparesTheExtensionExactly)
+{
+    for (const char* path : {"a.jpg", "/x/IMG_0001.JPG", "b.jpeg", "c.png", "d.HEIC", "e.tiff", "f.svg", "g.pdf",
+                             "h.webp", "dir.v2/i.gif", ".jpg"})
+        EXPECT_TRUE(isImageFileType(path)) << path;
+    for (const char* path : {"a.Jpg", "photo", "dir.jpg/photo", "a.jpg.txt", "a.", "a.icns", ""})
+        EXPECT_FALSE(isImageFileType(path)) << path;
+}
+
+} // namespace
+} // namespace quilo
