@@ -10,7 +10,9 @@
 
 #include <array>
 #include <cstdio>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace quilo {
 namespace {
@@ -18,18 +20,34 @@ namespace {
 struct Outcome {
     int status;
     std::string output; // stdout and stderr together
+    long peakKilobytes;  // the largest resident size the process reached
 };
 
+// Runs quilo through the shell, as a user's script would.
 Outcome quilo(const std::string& arguments)
 {
     const std::string command = std::string(QUILO_BINARY) + " " + arguments + " 2>&1";
-    FILE* pipe = ::popen(command.c_str(), "r");
-    Outcome outcome{-1, {}};
+    int pipeEnds[2];
+    if (::pipe(pipeEnds) != 0)
+        return {-1, "pipe failed", 0};
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(pipeEnds[1], STDOUT_FILENO);
+        ::close(pipeEnds[0]);
+        ::execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
+        ::_exit(127);
+    }
+    ::close(pipeEnds[1]);
+    Outcome outcome{-1, {}, 0};
     std::array<char, 4096> buffer{};
-    while (std::size_t read = std::fread(buffer.data(), 1, buffer.size(), pipe))
-        outcome.output.append(buffer.data(), read);
-    const int status = ::pclose(pipe);
+    for (ssize_t got; (got = ::read(pipeEnds[0], buffer.data(), buffer.size())) > 0;)
+        outcome.output.append(buffer.data(), std::size_t(got));
+    ::close(pipeEnds[0]);
+    int status = 0;
+    struct rusage usage {};
+    ::wait4(child, &status, 0, &usage);
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    outcome.peakKilobytes = usage.ru_maxrss;
     return outcome;
 }
 
@@ -112,6 +130,57 @@ TEST_F(ExtractedFamily, ExtractWritesOnePngPerElementWithMasksApplied)
     const auto expected = family_.bitmapImageRepWithAlphaForIconFamilyElement(kLarge32BitData);
     EXPECT_TRUE(std::ranges::equal(std::span(static_cast<const std::uint8_t*>(pixels), size), expected->bytes()));
     g_free(pixels);
+}
+
+const std::filesystem::path kPictures = std::filesystem::path(QUILO_SOURCE_DIR) / "tests/fixtures/pictures";
+
+TEST(QuiloIcns, MakesOneFamilyPerPictureAndTheSameBytesOnAnyNumberOfCores)
+{
+    test::TemporaryDirectory directory;
+    std::string pictures;
+    for (const char* name : {"gradient.jpg", "gradient.png", "gradient-alpha.png", "gradient.heic", "gradient.svg",
+                             "gradient.webp", "gradient.JPG"})
+        pictures += quoted(kPictures / name) + " ";
+    const Outcome parallel = quilo("icns " + pictures + "--jobs 2 --output " + quoted(directory / "two"));
+    ASSERT_EQ(parallel.status, 0) << parallel.output;
+    EXPECT_NE(parallel.output.find("7 of 7 pictures"), std::string::npos) << parallel.output;
+    ASSERT_EQ(quilo("icns " + pictures + "--jobs 1 --output " + quoted(directory / "one")).status, 0);
+    // gradient.jpg and gradient.JPG share a stem: the second keeps its whole name.
+    for (const char* name : {"gradient.icns", "gradient-alpha.icns", "gradient.JPG.icns"}) {
+        const auto family = IconFamily::iconFamilyWithContentsOfFile(directory / "two" / name);
+        ASSERT_TRUE(family) << name;
+        EXPECT_EQ(family->iconFamilyHandle(), test::readFileBytes(directory / "one" / name)) << name;
+    }
+}
+
+TEST(QuiloIcns, ReportsEachFailingPictureAndGoesOn)
+{
+    test::TemporaryDirectory directory;
+    test::writeFileBytes(directory / "broken.jpg", std::vector<std::uint8_t>{0xFF, 0xD8, 0xFF, 0xE0, 0});
+    const Outcome outcome = quilo("icns " + quoted(directory / "broken.jpg") + " " + quoted(kPictures / "gradient.png")
+                                  + " --output " + quoted(directory / "out"));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.output.find("broken.jpg: "), std::string::npos) << outcome.output;
+    EXPECT_NE(outcome.output.find("1 of 2 pictures"), std::string::npos) << outcome.output;
+    EXPECT_TRUE(std::filesystem::exists(directory / "out" / "gradient.icns"));
+    EXPECT_FALSE(std::filesystem::exists(directory / "out" / "broken.icns"));
+    EXPECT_EQ(quilo("icns " + quoted(kPictures / "gradient.png") + " --output x --interpolation cubic").status, 2);
+}
+
+TEST(QuiloIcns, AHugePictureIsStreamedInBoundedMemory)
+{
+    ASSERT_TRUE(ensureVipsStarted());
+    test::TemporaryDirectory directory;
+    // 400 megapixels of black: a few hundred kilobytes of PNG.
+    vips::VImage::black(20000, 20000).pngsave((directory / "huge.png").c_str());
+    const Outcome outcome = quilo("icns " + quoted(directory / "huge.png") + " --output " + quoted(directory.path()));
+    ASSERT_EQ(outcome.status, 0) << outcome.output;
+    EXPECT_LT(outcome.peakKilobytes, 150 * 1024);
+    const auto family = IconFamily::iconFamilyWithContentsOfFile(directory / "huge.icns");
+    ASSERT_TRUE(family);
+    const auto thumbnail = family->bitmapImageRepWithAlphaForIconFamilyElement(kThumbnail32BitData);
+    EXPECT_EQ(std::vector<std::uint8_t>(thumbnail->bitmapData(), thumbnail->bitmapData() + 4),
+              (std::vector<std::uint8_t>{0, 0, 0, 255}));
 }
 
 } // namespace
