@@ -104,7 +104,7 @@ std::optional<DecodedElement> decodePackedArgb(const ElementGeometry& geometry, 
 {
     const std::size_t pixels = std::size_t(geometry.width) * std::size_t(geometry.height);
     std::vector<std::uint8_t> planes(pixels * 4);
-    if (icnsrle::unpack(data.subspan(4), planes) == 0)
+    if (icnsrle::unpackChannels(data.subspan(4), planes, pixels) == 0)
         return std::nullopt;
     DecodedElement out = blank(geometry, 4, "ARGB, run-length packed");
     for (std::size_t i = 0; i < pixels; ++i) {

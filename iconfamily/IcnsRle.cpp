@@ -88,6 +88,36 @@ void literaliseOneRepeat(std::vector<Run>& runs)
     }
 }
 
+// One channel after another, no run reaching past its channel's end: a
+// literal gives, and uses up, only the bytes its channel still needs.
+std::size_t unpackEachChannel(std::span<const std::uint8_t> data, std::span<std::uint8_t> out,
+                              std::size_t channelSize)
+{
+    std::size_t in = 0;
+    for (std::size_t start = 0; start < out.size(); start += channelSize) {
+        const std::span<std::uint8_t> channel = out.subspan(start, std::min(channelSize, out.size() - start));
+        std::size_t filled = 0;
+        while (filled < channel.size()) {
+            if (in >= data.size())
+                return 0;
+            const std::uint8_t control = data[in++];
+            const bool literal = control < 0x80;
+            const std::size_t length = literal ? std::size_t(control) + 1 : std::size_t(control) - 0x80 + kMinRepeat;
+            const std::size_t kept = std::min(length, channel.size() - filled);
+            if (in >= data.size() || (literal && kept > data.size() - in))
+                return 0;
+            if (literal) {
+                std::copy_n(data.begin() + std::ptrdiff_t(in), kept, channel.begin() + std::ptrdiff_t(filled));
+                in += kept;
+            } else {
+                std::fill_n(channel.begin() + std::ptrdiff_t(filled), kept, data[in++]);
+            }
+            filled += kept;
+        }
+    }
+    return in;
+}
+
 bool isAvoided(std::size_t size, std::initializer_list<std::size_t> avoidLengths)
 {
     return std::find(avoidLengths.begin(), avoidLengths.end(), size) != avoidLengths.end();
@@ -164,6 +194,19 @@ std::size_t unpack(std::span<const std::uint8_t> data, std::span<std::uint8_t> o
         }
     }
     return in;
+}
+
+std::size_t unpackChannels(std::span<const std::uint8_t> data, std::span<std::uint8_t> out,
+                           std::size_t channelSize)
+{
+    const std::size_t used = unpack(data, out);
+    if (used == data.size() || channelSize == 0)
+        return used;
+    std::vector<std::uint8_t> channels(out.size());
+    if (unpackEachChannel(data, channels, channelSize) != data.size())
+        return used;
+    std::copy(channels.begin(), channels.end(), out.begin());
+    return data.size();
 }
 
 } // namespace quilo::icnsrle

@@ -36,4 +36,13 @@ std::vector<std::uint8_t> pack(std::initializer_list<Channel> channels,
 // when the data ends before the output is full.
 std::size_t unpack(std::span<const std::uint8_t> data, std::span<std::uint8_t> out);
 
+// Unpacks `out` as channels of `channelSize` bytes. Data that unpacks as one
+// stream and ends with its last run is read so; data that doesn't, but does
+// when each channel is read on its own with a literal cut short at the
+// channel's end, is read that way: png2icons writes a channel's last one or
+// two bytes under a count one too high. Returns the input bytes used, or 0
+// when neither reading fills `out`.
+std::size_t unpackChannels(std::span<const std::uint8_t> data, std::span<std::uint8_t> out,
+                           std::size_t channelSize);
+
 } // namespace quilo::icnsrle

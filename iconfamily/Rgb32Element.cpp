@@ -44,7 +44,7 @@ std::optional<std::vector<std::uint8_t>> unpackChannels(std::span<const std::uin
                                                         std::size_t pixels, bool exactly)
 {
     std::vector<std::uint8_t> planes(pixels * 3);
-    const std::size_t used = icnsrle::unpack(packed, planes);
+    const std::size_t used = icnsrle::unpackChannels(packed, planes, pixels);
     if (used == 0 || (exactly && used != packed.size()))
         return std::nullopt;
     return argbFromPlanes(planes, pixels);
