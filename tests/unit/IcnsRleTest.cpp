@@ -154,5 +154,19 @@ TEST(IcnsRle, UnpackingAcceptsRunsAcrossChannelsAndRejectsShortData)
     EXPECT_EQ(icnsrle::unpack({}, six), 0u);
 }
 
+TEST(IcnsRle, ChannelsWhoseLastLiteralCountsOneTooManyAreReadChannelByChannel)
+{
+    // Channel one, 1 2 3 4, under a literal count of five; channel two, four 9s.
+    const std::vector<std::uint8_t> overcounted = {4, 1, 2, 3, 4, 0x81, 9};
+    std::vector<std::uint8_t> out(8);
+    EXPECT_EQ(icnsrle::unpackChannels(overcounted, out, 4), overcounted.size());
+    EXPECT_EQ(out, (std::vector<std::uint8_t>{1, 2, 3, 4, 9, 9, 9, 9}));
+
+    // Well-formed data that crosses channels is still read as one stream.
+    const std::vector<std::uint8_t> crossing = {0x80 + 5, 7};
+    EXPECT_EQ(icnsrle::unpackChannels(crossing, out, 4), 2u);
+    EXPECT_EQ(out, std::vector<std::uint8_t>(8, 7));
+}
+
 } // namespace
 } // namespace quilo
