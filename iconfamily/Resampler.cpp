@@ -150,4 +150,30 @@ BitmapImageRep drawInClearSquare(const BitmapImageRep& source, int side, DrawRec
     return canvas;
 }
 
+BitmapImageRep boxReduced(const BitmapImageRep& source, int factor)
+{
+    const int wide = (source.pixelsWide() + factor - 1) / factor;
+    const int high = (source.pixelsHigh() + factor - 1) / factor;
+    BitmapImageRep reduced = BitmapImageRep::rgba(wide, high);
+    std::vector<std::uint32_t> sums(std::size_t(wide) * 4);
+    for (int y = 0; y < high; ++y) {
+        std::fill(sums.begin(), sums.end(), 0);
+        const int firstRow = y * factor;
+        const int rows = std::min(factor, source.pixelsHigh() - firstRow);
+        for (int r = 0; r < rows; ++r) {
+            const std::uint8_t* in = source.row(firstRow + r);
+            for (int x = 0; x < source.pixelsWide(); ++x)
+                for (int c = 0; c < 4; ++c)
+                    sums[std::size_t(x / factor) * 4 + std::size_t(c)] += in[4 * x + c];
+        }
+        std::uint8_t* out = reduced.row(y);
+        for (int x = 0; x < wide; ++x) {
+            const auto count = std::uint32_t(rows * std::min(factor, source.pixelsWide() - x * factor));
+            for (int c = 0; c < 4; ++c)
+                out[4 * x + c] = std::uint8_t((sums[std::size_t(x) * 4 + std::size_t(c)] + count / 2) / count);
+        }
+    }
+    return reduced;
+}
+
 } // namespace quilo

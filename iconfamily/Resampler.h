@@ -29,4 +29,9 @@ struct DrawRect {
 BitmapImageRep drawInClearSquare(const BitmapImageRep& source, int side, DrawRect rect,
                                  ImageInterpolation interpolation);
 
+// Averages blocks of factor x factor pixels (8-bit R G B A): a cheap first
+// step down for a large picture before the fine filter. Blocks cut off at
+// the right and bottom edges average the pixels they have.
+BitmapImageRep boxReduced(const BitmapImageRep& source, int factor);
+
 } // namespace quilo

@@ -1,7 +1,7 @@
 // The quilo command line, run as a user runs it: a real process, real files.
 #include "iconfamily/IconElementTypes.h"
 #include "iconfamily/IconFamily.h"
-#include "iconfamily/VipsRuntime.h"
+#include "iconfamily/vips/VipsRuntime.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -4,7 +4,7 @@
 // and out of PNG files, and comparing pictures pixel by pixel.
 
 #include "iconfamily/ElementDecoder.h"
-#include "iconfamily/VipsRuntime.h"
+#include "iconfamily/vips/VipsRuntime.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "iconfamily/IcnsContainer.h"
 #include "iconfamily/IconElementTypes.h"
 #include "iconfamily/IconFamily.h"
-#include "iconfamily/VipsRuntime.h"
+#include "iconfamily/vips/VipsRuntime.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 

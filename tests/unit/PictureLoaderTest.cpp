@@ -1,6 +1,6 @@
 #include "iconfamily/ImageFileTypes.h"
 #include "iconfamily/PictureLoader.h"
-#include "iconfamily/VipsRuntime.h"
+#include "iconfamily/vips/VipsRuntime.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -1,4 +1,4 @@
-#include "iconfamily/VipsRuntime.h"
+#include "iconfamily/vips/VipsRuntime.h"
 
 #include <mutex>
 #include <vips/vips.h>

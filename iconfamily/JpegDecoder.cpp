@@ -1,0 +1,159 @@
+#include "iconfamily/JpegDecoder.h"
+
+#include "iconfamily/ExifOrientation.h"
+#include "iconfamily/Orientation.h"
+
+#include <csetjmp>
+#include <memory>
+// jpeglib.h needs FILE and size_t declared first.
+#include <jerror.h>
+#include <jpeglib.h>
+
+namespace quilo {
+namespace {
+
+constexpr int kExifMarker = JPEG_APP0 + 1;
+constexpr int kIccMarker = JPEG_APP0 + 2;
+
+struct ErrorManager {
+    jpeg_error_mgr base;
+    std::jmp_buf jump;
+    int firstWarning = 0;
+    char message[JMSG_LENGTH_MAX] = {};
+};
+
+[[noreturn]] void onError(j_common_ptr info)
+{
+    auto* manager = reinterpret_cast<ErrorManager*>(info->err);
+    manager->base.format_message(info, manager->message);
+    std::longjmp(manager->jump, 1);
+}
+
+// Warnings mean damaged data (a truncated file is filled with grey); only
+// stray bytes between segments, common in camera files, are harmless.
+void onMessage(j_common_ptr info, int level)
+{
+    auto* manager = reinterpret_cast<ErrorManager*>(info->err);
+    if (level == -1 && manager->base.msg_code != JWRN_EXTRANEOUS_DATA && manager->firstWarning == 0) {
+        manager->firstWarning = manager->base.msg_code;
+        manager->base.format_message(info, manager->message);
+    }
+}
+
+int shrinkFor(int longer, int wanted)
+{
+    int shrink = 8;
+    while (shrink > 1 && longer / shrink < wanted)
+        shrink /= 2;
+    return shrink;
+}
+
+bool hasMarker(const jpeg_decompress_struct& info, int marker)
+{
+    for (jpeg_saved_marker_ptr m = info.marker_list; m; m = m->next)
+        if (m->marker == marker)
+            return true;
+    return false;
+}
+
+int orientationOf(const jpeg_decompress_struct& info)
+{
+    // APP1 also carries XMP; the EXIF block is the one that starts "Exif".
+    for (jpeg_saved_marker_ptr m = info.marker_list; m; m = m->next)
+        if (m->marker == kExifMarker && isExifBlock({m->data, m->data_length}))
+            return exifOrientation({m->data, m->data_length});
+    return 1;
+}
+
+struct Decompressor {
+    jpeg_decompress_struct info{};
+    ErrorManager errors;
+    std::FILE* file = nullptr;
+    ~Decompressor()
+    {
+        jpeg_destroy_decompress(&info);
+        if (file)
+            std::fclose(file);
+    }
+};
+
+JpegDecodeResult failed(std::string error)
+{
+    return {JpegDecodeResult::Outcome::Failed, std::nullopt, std::move(error)};
+}
+
+// Everything that can longjmp lives here, with no objects that need unwinding.
+// Saved markers live until the decompression finishes, so the orientation
+// is read right after the header.
+struct Decoded {
+    std::optional<BitmapImageRep> rep;
+    int orientation = 1;
+    bool notHandled = false;
+};
+
+bool decodeInto(Decompressor& d, int wantedSide, Decoded& decoded)
+{
+    if (setjmp(d.errors.jump))
+        return false;
+    jpeg_create_decompress(&d.info);
+    jpeg_stdio_src(&d.info, d.file);
+    jpeg_save_markers(&d.info, kExifMarker, 0xFFFF);
+    jpeg_save_markers(&d.info, kIccMarker, 0xFFFF);
+    jpeg_read_header(&d.info, TRUE);
+    const J_COLOR_SPACE space = d.info.jpeg_color_space;
+    if (space == JCS_CMYK || space == JCS_YCCK || hasMarker(d.info, kIccMarker)) {
+        decoded.notHandled = true;
+        return true;
+    }
+    decoded.orientation = orientationOf(d.info);
+    d.info.scale_num = 1;
+    d.info.scale_denom = unsigned(shrinkFor(int(std::max(d.info.image_width, d.info.image_height)), wantedSide));
+    d.info.out_color_space = JCS_EXT_RGBA;
+    jpeg_start_decompress(&d.info);
+    decoded.rep.emplace(BitmapImageRep::rgba(int(d.info.output_width), int(d.info.output_height)));
+    while (d.info.output_scanline < d.info.output_height) {
+        JSAMPROW row = decoded.rep->row(int(d.info.output_scanline));
+        jpeg_read_scanlines(&d.info, &row, 1);
+    }
+    jpeg_finish_decompress(&d.info);
+    return true;
+}
+
+} // namespace
+
+bool looksLikeJpeg(std::FILE* file)
+{
+    unsigned char start[3] = {};
+    const bool jpeg = std::fread(start, 1, 3, file) == 3 && start[0] == 0xFF && start[1] == 0xD8 && start[2] == 0xFF;
+    std::rewind(file);
+    return jpeg;
+}
+
+JpegDecodeResult decodeJpeg(const std::filesystem::path& path, int wantedSide)
+{
+    Decompressor d;
+    d.info.err = jpeg_std_error(&d.errors.base);
+    d.errors.base.error_exit = onError;
+    d.errors.base.emit_message = onMessage;
+    d.file = std::fopen(path.c_str(), "rb");
+    if (!d.file)
+        return failed("cannot open the file");
+    Decoded decoded;
+    if (!decodeInto(d, wantedSide, decoded))
+        return failed(std::string("cannot decode: ") + d.errors.message);
+    if (decoded.notHandled)
+        return {JpegDecodeResult::Outcome::NotHandled, std::nullopt, {}};
+    if (d.errors.firstWarning != 0)
+        return failed(std::string("cannot decode: ") + d.errors.message);
+
+    const int orientation = decoded.orientation;
+    const bool swap = orientationSwapsAxes(orientation);
+    const int fullWide = int(swap ? d.info.image_height : d.info.image_width);
+    const int fullHigh = int(swap ? d.info.image_width : d.info.image_height);
+    Image image(fullWide, fullHigh);
+    image.setPixelSize(fullWide, fullHigh);
+    image.addRepresentation(orientedUpright(std::move(*decoded.rep), orientation));
+    return {JpegDecodeResult::Outcome::Decoded, std::move(image), {}};
+}
+
+} // namespace quilo

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "iconfamily/Image.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace quilo {
+
+// JPEG pictures straight through libjpeg-turbo's scaled decoding: for a
+// thumbnail it decodes at an eighth, a quarter or a half of the size, which
+// is as fast as a JPEG can be read.
+struct JpegDecodeResult {
+    enum class Outcome {
+        Decoded,
+        NotHandled, // valid but needs colour management (CMYK, an ICC profile): use the general path
+        Failed,     // corrupt or truncated
+    };
+    Outcome outcome = Outcome::Failed;
+    std::optional<Image> image;
+    std::string error;
+};
+
+bool looksLikeJpeg(std::FILE* file);
+
+// Decodes so the longer side keeps at least `wantedSide` pixels, upright as
+// the EXIF orientation says, as 8-bit R G B A (opaque).
+JpegDecodeResult decodeJpeg(const std::filesystem::path& path, int wantedSide);
+
+} // namespace quilo

@@ -1,0 +1,171 @@
+#include "iconfamily/vips/VipsModule.h"
+
+#include "iconfamily/vips/VipsRuntime.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vips/vips8>
+
+namespace quilo {
+namespace {
+
+using vips::VImage;
+
+enum class Loader { Jpeg, Webp, Heif, Vector, Other };
+
+Loader loaderKind(const char* name)
+{
+    const std::string loader = name;
+    if (loader.rfind("VipsForeignLoadJpeg", 0) == 0)
+        return Loader::Jpeg;
+    if (loader.rfind("VipsForeignLoadWebp", 0) == 0)
+        return Loader::Webp;
+    if (loader.rfind("VipsForeignLoadHeif", 0) == 0)
+        return Loader::Heif;
+    if (loader.rfind("VipsForeignLoadSvg", 0) == 0 || loader.rfind("VipsForeignLoadPdf", 0) == 0)
+        return Loader::Vector;
+    return Loader::Other;
+}
+
+VImage open(const std::filesystem::path& path, vips::VOption* options)
+{
+    return VImage::new_from_file(path.c_str(), options->set("access", VIPS_ACCESS_SEQUENTIAL)
+                                                   ->set("fail_on", VIPS_FAIL_ON_ERROR));
+}
+
+bool swapsAxes(const VImage& image)
+{
+    const int orientation = image.get_typeof(VIPS_META_ORIENTATION) ? image.get_int(VIPS_META_ORIENTATION) : 1;
+    return orientation >= 5 && orientation <= 8;
+}
+
+// The largest power-of-two reduction (at most 8) that keeps the longer side
+// at least `wanted` pixels.
+int jpegShrink(int longer, int wanted)
+{
+    int shrink = 8;
+    while (shrink > 1 && longer / shrink < wanted)
+        shrink /= 2;
+    return shrink;
+}
+
+// Opens the picture decoded at a scale that keeps its longer side at least
+// `wanted` pixels where the format can decode at a reduced scale.
+VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage& header, int wanted)
+{
+    const int longer = std::max(header.width(), header.height());
+    switch (kind) {
+    case Loader::Jpeg:
+        return open(path, VImage::option()->set("shrink", jpegShrink(longer, wanted)));
+    case Loader::Webp:
+        if (longer > wanted)
+            return open(path, VImage::option()->set("scale", double(wanted) / longer));
+        break;
+    case Loader::Heif: {
+        // Photos carry a preview; it serves when it is large enough.
+        VImage preview = open(path, VImage::option()->set("thumbnail", true));
+        if (std::max(preview.width(), preview.height()) >= wanted)
+            return preview;
+        break;
+    }
+    case Loader::Vector: {
+        const double scale = double(wanted) / std::max(longer, 1);
+        return open(path, VImage::option()->set("scale", scale));
+    }
+    case Loader::Other: break;
+    }
+    return open(path, VImage::option());
+}
+
+// Box-reduces by a whole factor while streaming, so a huge picture is never
+// held whole in memory.
+VImage boxReduced(VImage image, int wanted)
+{
+    const int factor = std::max(image.width(), image.height()) / std::max(wanted, 1);
+    if (factor < 2)
+        return image;
+    return image.shrink(factor, factor);
+}
+
+VImage toSrgb8WithAlpha(VImage image)
+{
+    if (image.get_typeof(VIPS_META_ICC_NAME))
+        image = image.icc_transform("srgb", VImage::option()->set("embedded", true)->set("depth", 8));
+    if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
+        image = image.colourspace(VIPS_INTERPRETATION_sRGB);
+    if (image.format() != VIPS_FORMAT_UCHAR)
+        image = image.cast(VIPS_FORMAT_UCHAR);
+    if (image.bands() == 3)
+        image = image.bandjoin_const({255});
+    return image;
+}
+
+BitmapImageRep premultipliedRep(const VImage& image)
+{
+    BitmapImageRep rep = BitmapImageRep::rgba(image.width(), image.height());
+    const VImage target = VImage::new_from_memory(rep.bitmapData(), rep.bytes().size(), image.width(),
+                                                  image.height(), 4, VIPS_FORMAT_UCHAR);
+    image.write(target);
+    std::uint8_t* pixel = rep.bitmapData();
+    for (std::size_t i = 0; i < rep.bytes().size(); i += 4) {
+        const unsigned alpha = pixel[i + 3];
+        if (alpha == 255)
+            continue;
+        for (int c = 0; c < 3; ++c)
+            pixel[i + std::size_t(c)] = std::uint8_t((pixel[i + std::size_t(c)] * alpha + 127) / 255);
+    }
+    return rep;
+}
+
+PictureLoadResult failure(std::string error)
+{
+    return {std::nullopt, std::move(error)};
+}
+
+PictureLoadResult load(const std::filesystem::path& path, int forIconWidth)
+{
+    const char* loaderName = vips_foreign_find_load(path.c_str());
+    if (!loaderName) {
+        vips_error_clear();
+        return failure("not a picture Quilo can read");
+    }
+    const Loader kind = loaderKind(loaderName);
+    const VImage header = open(path, VImage::option());
+    const long long pixels = (long long)header.width() * header.height();
+    if (pixels > kMaxPicturePixels)
+        return failure("picture too large (" + std::to_string(header.width()) + " x "
+                       + std::to_string(header.height()) + " pixels)");
+    const int wanted = 2 * forIconWidth;
+    VImage image = boxReduced(openReduced(path, kind, header, wanted), wanted);
+    image = toSrgb8WithAlpha(image).copy_memory().autorot();
+
+    Image picture;
+    const bool swapped = swapsAxes(header);
+    const int fullWide = swapped ? header.height() : header.width();
+    const int fullHigh = swapped ? header.width() : header.height();
+    picture.setSize(fullWide, fullHigh);
+    if (kind != Loader::Vector)
+        picture.setPixelSize(fullWide, fullHigh);
+    picture.addRepresentation(premultipliedRep(image));
+    return {std::move(picture), {}};
+}
+
+} // namespace
+
+PictureLoadResult vipsLoadPicture(const std::filesystem::path& path, int forIconWidth)
+{
+    if (!ensureVipsStarted())
+        return failure("the image library could not start");
+    try {
+        return load(path, forIconWidth);
+    } catch (const vips::VError& error) {
+        std::string message = error.what();
+        vips_error_clear();
+        while (!message.empty() && message.back() == '\n')
+            message.pop_back();
+        const auto lastLine = message.rfind('\n');
+        return failure("cannot decode: " + (lastLine == std::string::npos ? message : message.substr(lastLine + 1)));
+    }
+}
+
+} // namespace quilo
