@@ -1,3 +1,4 @@
+#include "iconfamily/ExifOrientation.h"
 #include "iconfamily/ImageFileTypes.h"
 #include "iconfamily/PictureLoader.h"
 #include "iconfamily/vips/VipsRuntime.h"
@@ -113,6 +114,56 @@ TEST(PictureLoader, GivesACleanErrorForWhatIsNotAWholePicture)
         EXPECT_FALSE(loaded.image) << name;
         EXPECT_FALSE(loaded.error.empty()) << name;
     }
+}
+
+// The fixture's bytes with its EXIF orientation (little-endian, tag 0x0112)
+// set to `orientation`.
+std::vector<std::uint8_t> withOrientation(std::vector<std::uint8_t> jpeg, std::uint8_t orientation)
+{
+    const std::uint8_t entry[] = {0x12, 0x01, 0x03, 0x00, 0x01, 0x00, 0x00, 0x00};
+    const auto found = std::search(jpeg.begin(), jpeg.end(), std::begin(entry), std::end(entry));
+    EXPECT_NE(found, jpeg.end());
+    found[8] = orientation;
+    return jpeg;
+}
+
+TEST(PictureLoader, TurnsJpegsUprightLikeAnIndependentDecoder)
+{
+    ASSERT_TRUE(ensureVipsStarted());
+    test::TemporaryDirectory directory;
+    const auto stored = test::readFileBytes(kPictures / "gradient-rotated.jpg");
+    for (std::uint8_t orientation = 1; orientation <= 8; ++orientation) {
+        SCOPED_TRACE(int(orientation));
+        const auto path = directory / ("o" + std::to_string(orientation) + ".jpg");
+        test::writeFileBytes(path, withOrientation(stored, orientation));
+        const auto ours = imageWithContentsOfFile(path);
+        ASSERT_TRUE(ours.image) << ours.error;
+        vips::VImage reference = vips::VImage::new_from_file(path.c_str()).autorot().bandjoin_const({255});
+        ASSERT_EQ(ours.image->pixelsWide(), reference.width());
+        const auto& rep = *ours.image->bestRepresentation();
+        ASSERT_EQ(rep.pixelsWide(), reference.width());
+        ASSERT_EQ(rep.pixelsHigh(), reference.height());
+        std::size_t size = 0;
+        void* pixels = reference.write_to_memory(&size);
+        EXPECT_TRUE(std::ranges::equal(rep.bytes(), std::span(static_cast<const std::uint8_t*>(pixels), size)));
+        g_free(pixels);
+    }
+}
+
+TEST(PictureLoader, SurvivesEveryTruncationOfItsExifBlock)
+{
+    const auto jpeg = test::readFileBytes(kPictures / "gradient-rotated.jpg");
+    // The APP1 segment: marker at 2, length at 4, "Exif" from 6.
+    const std::size_t length = std::size_t(jpeg[4]) * 256 + jpeg[5] - 2;
+    const std::span<const std::uint8_t> exif(jpeg.data() + 6, length);
+    EXPECT_EQ(exifOrientation(exif), 6);
+    for (std::size_t cut = 0; cut < exif.size(); ++cut) {
+        const int orientation = exifOrientation(exif.first(cut));
+        EXPECT_TRUE(orientation == 1 || orientation == 6) << cut;
+    }
+    std::vector<std::uint8_t> lying(exif.begin(), exif.end());
+    lying[6 + 4] = 0xFF; // the first directory's offset points far outside
+    EXPECT_EQ(exifOrientation(lying), 1);
 }
 
 TEST(ImageFileTypes, ComparesTheExtensionExactly)
