@@ -19,6 +19,10 @@ struct Command {
     int (*run)(const Arguments& arguments);
 };
 
+// Makes the folder a command writes into (and its parents); says why not on
+// stderr when it cannot.
+bool makeOutputDirectory(const char* command, const std::string& directory);
+
 const Command& infoCommand();
 const Command& extractCommand();
 const Command& icnsCommand();

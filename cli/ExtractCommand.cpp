@@ -42,12 +42,8 @@ int run(const Arguments& arguments)
         std::fprintf(stderr, "quilo extract: %s: not a readable .icns file\n", path.c_str());
         return kExitFailure;
     }
-    std::error_code error;
-    std::filesystem::create_directories(*output, error);
-    if (error) {
-        std::fprintf(stderr, "quilo extract: cannot make %s: %s\n", output->c_str(), error.message().c_str());
+    if (!makeOutputDirectory("extract", *output))
         return kExitFailure;
-    }
     std::map<std::string, int> seen;
     bool allWritten = true;
     for (const DecodedElement& element : decodeElements(family->iconFamilyHandle(), DecodeMasks::Yes)) {

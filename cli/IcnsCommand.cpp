@@ -98,12 +98,8 @@ int run(const Arguments& arguments)
         std::fprintf(stderr, "quilo icns: --interpolation takes high, low, none or default; --jobs 1 to 64\n");
         return kExitUsage;
     }
-    std::error_code error;
-    std::filesystem::create_directories(*output, error);
-    if (error) {
-        std::fprintf(stderr, "quilo icns: cannot make %s: %s\n", output->c_str(), error.message().c_str());
+    if (!makeOutputDirectory("icns", *output))
         return kExitFailure;
-    }
     const auto& pictures = arguments.positionals;
     const auto targets = targetsFor(pictures, *output);
     BatchProgress progress(pictures.size(), ::isatty(STDERR_FILENO) != 0);

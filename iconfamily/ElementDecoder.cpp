@@ -83,6 +83,17 @@ DecodedElement decodeOneBit(Bytes data, const ElementGeometry& geometry, bool ha
     return out;
 }
 
+// Straight R G B A from A R G B, the alpha taken from `mask` (opaque without one).
+void fillFromArgb(const std::vector<std::uint8_t>& argb, Bytes mask, DecodedElement& out)
+{
+    for (std::size_t i = 0; i < argb.size() / 4; ++i) {
+        out.pixels[4 * i] = argb[4 * i + 1];
+        out.pixels[4 * i + 1] = argb[4 * i + 2];
+        out.pixels[4 * i + 2] = argb[4 * i + 3];
+        out.pixels[4 * i + 3] = mask.empty() ? 255 : mask[i];
+    }
+}
+
 std::optional<DecodedElement> decodeRgb32(const Family& family, const ElementGeometry& geometry, Bytes data)
 {
     const auto argb = unpackRgb32Element(geometry, data);
@@ -91,11 +102,7 @@ std::optional<DecodedElement> decodeRgb32(const Family& family, const ElementGeo
     const std::size_t pixels = argb->size() / 4;
     const bool packed = data.size() != pixels * 4 && data.size() != pixels * 3;
     DecodedElement out = blank(geometry, 4, packed ? "32-bit, run-length packed" : "32-bit, uncompressed");
-    const auto mask = family.dataOf(geometry.maskType, pixels);
-    for (std::size_t i = 0; i < pixels; ++i) {
-        std::copy_n(argb->begin() + std::ptrdiff_t(4 * i + 1), 3, out.pixels.begin() + std::ptrdiff_t(4 * i));
-        out.pixels[4 * i + 3] = mask ? (*mask)[i] : 255;
-    }
+    fillFromArgb(*argb, family.dataOf(geometry.maskType, pixels).value_or(Bytes()), out);
     return out;
 }
 
@@ -129,10 +136,7 @@ std::optional<DecodedElement> decodeEmbedded(const ElementGeometry& geometry, By
         if (!argb)
             return std::nullopt;
         DecodedElement out = blank(geometry, 4, "32-bit, run-length packed");
-        for (std::size_t i = 0; i < out.pixels.size() / 4; ++i) {
-            std::copy_n(argb->begin() + std::ptrdiff_t(4 * i + 1), 3, out.pixels.begin() + std::ptrdiff_t(4 * i));
-            out.pixels[4 * i + 3] = 255;
-        }
+        fillFromArgb(*argb, {}, out);
         return out;
     }
     auto picture = decodeEmbeddedImage(data);

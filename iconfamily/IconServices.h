@@ -27,8 +27,9 @@ constexpr OSErr invalidIconRefErr = -2580;
 constexpr std::uintmax_t kMaxIconFileSize = 64u << 20;
 
 // The data of the first element of `type`. 32-bit colour comes back as plain
-// A, R, G, B (A is 255: opacity lives in the mask element), whatever encoding
-// the block stores. noSuchIconErr when the family lacks the element.
+// A, R, G, B whatever encoding the block stores; packed data has no A, which
+// comes back as 255 (opacity lives in the mask element), while uncompressed
+// data comes back as stored. noSuchIconErr when the family lacks the element.
 OSErr getIconFamilyData(std::span<const std::uint8_t> family, OSType type,
                         std::vector<std::uint8_t>& data);
 

@@ -3,8 +3,10 @@
 #include "iconfamily/ExifOrientation.h"
 #include "iconfamily/Orientation.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <memory>
+#include <vector>
 // jpeglib.h needs FILE and size_t declared first.
 #include <jerror.h>
 #include <jpeglib.h>
@@ -65,6 +67,38 @@ int orientationOf(const jpeg_decompress_struct& info)
     return 1;
 }
 
+bool hasEveryDc(const jpeg_decompress_struct& info)
+{
+    for (int c = 0; c < info.num_components; ++c)
+        if (info.coef_bits[c][0] < 0)
+            return false;
+    return true;
+}
+
+bool consumedWholeInput(int status)
+{
+    return status == JPEG_REACHED_EOI || status == JPEG_SUSPENDED;
+}
+
+// A file cut short ends without its end-of-image marker. The marker cannot
+// occur inside compressed data (0xFF is always escaped there), so finding it
+// near the end is proof enough without decoding what lies before it.
+bool endsWithEndOfImage(std::FILE* file)
+{
+    constexpr long kTail = 64 * 1024;
+    if (std::fseek(file, 0, SEEK_END) != 0)
+        return false;
+    const long size = std::ftell(file);
+    const long start = std::max(0L, size - kTail);
+    std::vector<unsigned char> tail(std::size_t(size - start));
+    const bool read = std::fseek(file, start, SEEK_SET) == 0 && std::fread(tail.data(), 1, tail.size(), file) == tail.size();
+    std::rewind(file);
+    for (std::size_t i = 1; read && i < tail.size(); ++i)
+        if (tail[i - 1] == 0xFF && tail[i] == 0xD9)
+            return true;
+    return false;
+}
+
 struct Decompressor {
     jpeg_decompress_struct info{};
     ErrorManager errors;
@@ -109,13 +143,27 @@ bool decodeInto(Decompressor& d, int wantedSide, Decoded& decoded)
     d.info.scale_num = 1;
     d.info.scale_denom = unsigned(shrinkFor(int(std::max(d.info.image_width, d.info.image_height)), wantedSide));
     d.info.out_color_space = JCS_EXT_RGBA;
+    // At an eighth, a pixel is its block's DC coefficient alone, and a
+    // progressive file sends every DC in its first scans: the rest of the
+    // file (most of it) need not be decoded at all.
+    const bool dcOnly = d.info.scale_denom == 8 && jpeg_has_multiple_scans(&d.info);
+    d.info.buffered_image = dcOnly ? TRUE : FALSE;
+    d.info.do_block_smoothing = FALSE;
     jpeg_start_decompress(&d.info);
+    if (dcOnly) {
+        while (!hasEveryDc(d.info) && !consumedWholeInput(jpeg_consume_input(&d.info)))
+            ;
+        jpeg_start_output(&d.info, d.info.input_scan_number);
+    }
     decoded.rep.emplace(BitmapImageRep::rgba(int(d.info.output_width), int(d.info.output_height)));
     while (d.info.output_scanline < d.info.output_height) {
         JSAMPROW row = decoded.rep->row(int(d.info.output_scanline));
         jpeg_read_scanlines(&d.info, &row, 1);
     }
-    jpeg_finish_decompress(&d.info);
+    if (dcOnly)
+        jpeg_finish_output(&d.info);
+    else
+        jpeg_finish_decompress(&d.info);
     return true;
 }
 
@@ -139,6 +187,8 @@ JpegDecodeResult decodeJpeg(const std::filesystem::path& path, int wantedSide)
     if (!d.file)
         return failed("cannot open the file");
     Decoded decoded;
+    if (!endsWithEndOfImage(d.file))
+        return failed("cannot decode: the file is cut short");
     if (!decodeInto(d, wantedSide, decoded))
         return failed(std::string("cannot decode: ") + d.errors.message);
     if (decoded.notHandled)

@@ -16,7 +16,7 @@ namespace quilo {
 std::vector<std::uint8_t> packRgb32Element(const ElementGeometry& geometry,
                                            std::span<const std::uint8_t> argb);
 
-// Plain A, R, G, B (A 255) from any encoding other writers use: packed with or
+// Plain A, R, G, B (A 255 where it is not stored) from any encoding other writers use: packed with or
 // without the 'it32' prefix, or uncompressed ARGB or RGB. nullopt if corrupt.
 std::optional<std::vector<std::uint8_t>> unpackRgb32Element(const ElementGeometry& geometry,
                                                             std::span<const std::uint8_t> stored);

@@ -1,25 +1,11 @@
 #include "iconfamily/vips/VipsModule.h"
 
+#include "iconfamily/vips/VipsColour.h"
 #include "iconfamily/vips/VipsRuntime.h"
 
 #include <vips/vips8>
 
 namespace quilo {
-namespace {
-
-vips::VImage toSrgbRgba(vips::VImage image)
-{
-    if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
-        image = image.colourspace(VIPS_INTERPRETATION_sRGB);
-    if (image.format() != VIPS_FORMAT_UCHAR)
-        image = image.cast(VIPS_FORMAT_UCHAR);
-    if (image.bands() == 3)
-        image = image.bandjoin_const({255});
-    return image;
-}
-
-} // namespace
-
 std::optional<RgbaPixels> vipsDecodeEmbeddedImage(std::span<const std::uint8_t> data)
 {
     if (!ensureVipsStarted())
@@ -30,7 +16,7 @@ std::optional<RgbaPixels> vipsDecodeEmbeddedImage(std::span<const std::uint8_t> 
             vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR));
         if (image.width() > kMaxEmbeddedSide || image.height() > kMaxEmbeddedSide)
             return std::nullopt;
-        image = toSrgbRgba(image);
+        image = toSrgb8WithAlpha(image);
         if (image.bands() != 4)
             return std::nullopt;
         RgbaPixels result{image.width(), image.height(), {}};

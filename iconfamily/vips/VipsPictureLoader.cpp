@@ -1,5 +1,6 @@
 #include "iconfamily/vips/VipsModule.h"
 
+#include "iconfamily/vips/VipsColour.h"
 #include "iconfamily/vips/VipsRuntime.h"
 
 #include <algorithm>
@@ -87,19 +88,6 @@ VImage boxReduced(VImage image, int wanted)
     return image.shrink(factor, factor);
 }
 
-VImage toSrgb8WithAlpha(VImage image)
-{
-    if (image.get_typeof(VIPS_META_ICC_NAME))
-        image = image.icc_transform("srgb", VImage::option()->set("embedded", true)->set("depth", 8));
-    if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
-        image = image.colourspace(VIPS_INTERPRETATION_sRGB);
-    if (image.format() != VIPS_FORMAT_UCHAR)
-        image = image.cast(VIPS_FORMAT_UCHAR);
-    if (image.bands() == 3)
-        image = image.bandjoin_const({255});
-    return image;
-}
-
 BitmapImageRep premultipliedRep(const VImage& image)
 {
     BitmapImageRep rep = BitmapImageRep::rgba(image.width(), image.height());
@@ -163,8 +151,10 @@ PictureLoadResult vipsLoadPicture(const std::filesystem::path& path, int forIcon
         vips_error_clear();
         while (!message.empty() && message.back() == '\n')
             message.pop_back();
+        // The library's last line says what went wrong; some failures leave none.
         const auto lastLine = message.rfind('\n');
-        return failure("cannot decode: " + (lastLine == std::string::npos ? message : message.substr(lastLine + 1)));
+        message = lastLine == std::string::npos ? message : message.substr(lastLine + 1);
+        return failure("cannot decode: " + (message.empty() ? std::string("damaged or incomplete") : message));
     }
 }
 

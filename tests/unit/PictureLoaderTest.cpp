@@ -99,6 +99,43 @@ TEST(PictureLoader, DecodesALargePhotoAtAReducedScale)
     EXPECT_EQ(loaded.image->bestRepresentation()->pixelsHigh(), 250);
 }
 
+TEST(PictureLoader, RefusesAPictureClaimingMorePixelsThanTheLimit)
+{
+    const auto loaded = imageWithContentsOfFile(kPictures / "bomb.png");
+    EXPECT_FALSE(loaded.image);
+    EXPECT_EQ(loaded.error, "picture too large (100000 x 100000 pixels)");
+}
+
+TEST(PictureLoader, ReadsAProgressiveJpegFromItsFirstScansAlone)
+{
+    ASSERT_TRUE(ensureVipsStarted());
+    test::TemporaryDirectory directory;
+    const vips::VImage picture = vips::VImage::perlin(2400, 1600, vips::VImage::option()->set("uchar", true))
+                                     .bandjoin(vips::VImage::xyz(2400, 1600)[0].cast(VIPS_FORMAT_UCHAR))
+                                     .bandjoin(vips::VImage::xyz(2400, 1600)[1].cast(VIPS_FORMAT_UCHAR));
+    picture.jpegsave((directory / "baseline.jpg").c_str());
+    picture.jpegsave((directory / "progressive.jpg").c_str(), vips::VImage::option()->set("interlace", true));
+    const auto baseline = imageWithContentsOfFile(directory / "baseline.jpg");
+    const auto progressive = imageWithContentsOfFile(directory / "progressive.jpg");
+    ASSERT_TRUE(baseline.image && progressive.image) << progressive.error;
+    const auto a = baseline.image->bestRepresentation()->bytes();
+    const auto b = progressive.image->bestRepresentation()->bytes();
+    ASSERT_EQ(a.size(), b.size());
+    // The DC coefficients arrive a bit short of their final precision.
+    int largest = 0;
+    long total = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        largest = std::max(largest, std::abs(int(a[i]) - int(b[i])));
+        total += std::abs(int(a[i]) - int(b[i]));
+    }
+    EXPECT_LE(largest, 12);
+    EXPECT_LT(double(total) / double(a.size()), 1.5);
+
+    const auto bytes = test::readFileBytes(directory / "progressive.jpg");
+    test::writeFileBytes(directory / "cut.jpg", std::span(bytes).first(bytes.size() * 3 / 4));
+    EXPECT_FALSE(imageWithContentsOfFile(directory / "cut.jpg").image);
+}
+
 TEST(PictureLoader, GivesACleanErrorForWhatIsNotAWholePicture)
 {
     test::TemporaryDirectory directory;
