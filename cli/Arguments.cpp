@@ -10,7 +10,7 @@ std::optional<std::string> Arguments::option(const std::string& name) const
     return found->second;
 }
 
-std::optional<Arguments> parseArguments(const std::vector<std::string>& words, const ArgumentSpec& spec,
+std::optional<Arguments> parseArguments(const std::vector<std::string>& words, const AcceptedArguments& accepted,
                                         std::string& error)
 {
     Arguments arguments;
@@ -31,9 +31,9 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words, c
             value = name.substr(equals + 1);
             name.resize(equals);
         }
-        if (spec.flags.count(name) && !value) {
+        if (accepted.flags.count(name) && !value) {
             arguments.flags.insert(name);
-        } else if (spec.options.count(name)) {
+        } else if (accepted.options.count(name)) {
             if (!value) {
                 if (i + 1 >= words.size()) {
                     error = "option --" + name + " needs a value";

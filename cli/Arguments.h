@@ -19,14 +19,14 @@ struct Arguments {
     bool flag(const std::string& name) const { return flags.count(name) != 0; }
 };
 
-struct ArgumentSpec {
+struct AcceptedArguments {
     std::set<std::string> options; // take a value
     std::set<std::string> flags;   // take none
 };
 
 // Parses argv after the command name. On a malformed line returns nullopt and
 // sets `error` to a sentence for the user.
-std::optional<Arguments> parseArguments(const std::vector<std::string>& words, const ArgumentSpec& spec,
+std::optional<Arguments> parseArguments(const std::vector<std::string>& words, const AcceptedArguments& accepted,
                                         std::string& error);
 
 } // namespace quilo::cli

@@ -15,7 +15,7 @@ struct Command {
     const char* name;
     const char* summary; // one line for `quilo --help`
     const char* help;    // the whole text for `quilo NAME --help`
-    ArgumentSpec spec;
+    AcceptedArguments accepted;
     int (*run)(const Arguments& arguments);
 };
 

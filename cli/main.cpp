@@ -39,7 +39,7 @@ int runCommand(const Command& command, const std::vector<std::string>& words)
         return quilo::cli::kExitSuccess;
     }
     std::string error;
-    const auto arguments = quilo::cli::parseArguments(words, command.spec, error);
+    const auto arguments = quilo::cli::parseArguments(words, command.accepted, error);
     if (!arguments) {
         std::fprintf(stderr, "quilo %s: %s\nRun 'quilo %s --help' for its arguments.\n", command.name,
                      error.c_str(), command.name);
