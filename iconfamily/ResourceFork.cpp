@@ -1,0 +1,299 @@
+#include "iconfamily/ResourceFork.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace quilo {
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// The on-disk layouts, every field big-endian.
+struct RawHeader {
+    std::uint8_t dataOffset[4];
+    std::uint8_t mapOffset[4];
+    std::uint8_t dataLength[4];
+    std::uint8_t mapLength[4];
+};
+static_assert(sizeof(RawHeader) == kResourceForkHeaderSize);
+
+struct RawMapHeader {
+    RawHeader headerCopy;
+    std::uint8_t handle[4];
+    std::uint8_t fileRef[2];
+    std::uint8_t attributes[2];
+    std::uint8_t typeListOffset[2]; // from the start of the map
+    std::uint8_t nameListOffset[2]; // from the start of the map
+};
+static_assert(sizeof(RawMapHeader) == 28);
+
+struct RawTypeEntry {
+    std::uint8_t type[4];
+    std::uint8_t countMinusOne[2];
+    std::uint8_t referenceListOffset[2]; // from the start of the type list
+};
+static_assert(sizeof(RawTypeEntry) == 8);
+
+struct RawReference {
+    std::uint8_t id[2];
+    std::uint8_t nameOffset[2]; // from the start of the name list; 0xFFFF for none
+    std::uint8_t attributes;
+    std::uint8_t dataOffset[3]; // from the start of the data area
+    std::uint8_t handle[4];
+};
+static_assert(sizeof(RawReference) == 12);
+
+constexpr std::uint16_t kNoName = 0xFFFF;
+constexpr std::size_t kMaxDataOffset = 0xFFFFFF;
+
+std::uint32_t be16(const std::uint8_t (&b)[2]) { return std::uint32_t(b[0]) << 8 | b[1]; }
+std::uint32_t be24(const std::uint8_t (&b)[3]) { return std::uint32_t(b[0]) << 16 | std::uint32_t(b[1]) << 8 | b[2]; }
+std::uint32_t be32(const std::uint8_t (&b)[4]) { return readFourCharCode(b); }
+
+void put16(std::uint8_t (&b)[2], std::size_t v)
+{
+    b[0] = std::uint8_t(v >> 8);
+    b[1] = std::uint8_t(v);
+}
+void put24(std::uint8_t (&b)[3], std::size_t v)
+{
+    b[0] = std::uint8_t(v >> 16);
+    b[1] = std::uint8_t(v >> 8);
+    b[2] = std::uint8_t(v);
+}
+void put32(std::uint8_t (&b)[4], std::size_t v) { writeFourCharCode(b, OSType(v)); }
+
+// Callers have checked that sizeof(T) bytes are there.
+template<typename T>
+T readRaw(Bytes bytes, std::size_t offset)
+{
+    T raw;
+    std::memcpy(&raw, bytes.data() + offset, sizeof(T));
+    return raw;
+}
+
+template<typename T>
+void appendRaw(std::vector<std::uint8_t>& out, const T& raw)
+{
+    const auto* p = reinterpret_cast<const std::uint8_t*>(&raw);
+    out.insert(out.end(), p, p + sizeof(T));
+}
+
+using Range = std::pair<std::size_t, std::size_t>; // [first, second)
+
+// Ranges that must not share a byte: two resources on one data block, or
+// reference lists on top of each other, mean a fork that lies.
+bool disjoint(std::vector<Range> ranges)
+{
+    std::sort(ranges.begin(), ranges.end());
+    for (std::size_t i = 1; i < ranges.size(); ++i)
+        if (ranges[i].first < ranges[i - 1].second)
+            return false;
+    return true;
+}
+
+} // namespace
+
+const Resource* ResourceFork::find(OSType type, std::int16_t id) const
+{
+    for (const Resource& resource : resources)
+        if (resource.type == type && resource.id == id)
+            return &resource;
+    return nullptr;
+}
+
+bool ResourceFork::add(Resource resource)
+{
+    if (find(resource.type, resource.id) || resource.name.size() > 255)
+        return false;
+    // Kept beside the others of its type, so the vector stays in map order.
+    auto last = std::find_if(resources.rbegin(), resources.rend(),
+                             [&](const Resource& r) { return r.type == resource.type; });
+    if (last == resources.rend())
+        resources.push_back(std::move(resource));
+    else
+        resources.insert(last.base(), std::move(resource));
+    return true;
+}
+
+bool ResourceFork::remove(OSType type, std::int16_t id)
+{
+    const auto it = std::find_if(resources.begin(), resources.end(),
+                                 [&](const Resource& r) { return r.type == type && r.id == id; });
+    if (it == resources.end())
+        return false;
+    resources.erase(it);
+    return true;
+}
+
+std::optional<ResourceFork> parseResourceFork(Bytes bytes)
+{
+    if (bytes.size() < kResourceForkHeaderSize)
+        return std::nullopt;
+    const auto header = readRaw<RawHeader>(bytes, 0);
+    const std::size_t dataOffset = be32(header.dataOffset), dataLength = be32(header.dataLength);
+    const std::size_t mapOffset = be32(header.mapOffset), mapLength = be32(header.mapLength);
+    // Compared as remaining sizes, so no sum can overflow.
+    if (dataOffset < kResourceForkHeaderSize || dataOffset > bytes.size() || dataLength > bytes.size() - dataOffset
+        || mapOffset < kResourceForkHeaderSize || mapOffset > bytes.size() || mapLength > bytes.size() - mapOffset
+        || mapLength < sizeof(RawMapHeader) + 2)
+        return std::nullopt;
+    if (!disjoint({{dataOffset, dataOffset + dataLength}, {mapOffset, mapOffset + mapLength}}))
+        return std::nullopt;
+    const Bytes data = bytes.subspan(dataOffset, dataLength);
+    const Bytes map = bytes.subspan(mapOffset, mapLength);
+
+    ResourceFork fork;
+    const std::size_t systemEnd = std::min({dataOffset, mapOffset, kResourceDataStart});
+    std::copy(bytes.begin() + kResourceForkHeaderSize, bytes.begin() + std::ptrdiff_t(systemEnd),
+              fork.systemArea.begin());
+    const auto mapHeader = readRaw<RawMapHeader>(map, 0);
+    fork.mapHandle = be32(mapHeader.handle);
+    fork.mapFileRef = std::uint16_t(be16(mapHeader.fileRef));
+    fork.mapAttributes = std::uint16_t(be16(mapHeader.attributes));
+    const std::size_t typeList = be16(mapHeader.typeListOffset), nameList = be16(mapHeader.nameListOffset);
+    if (typeList < sizeof(RawMapHeader) || typeList > mapLength - 2 || nameList < sizeof(RawMapHeader)
+        || nameList > mapLength)
+        return std::nullopt;
+    // The count is stored minus one: an empty list says 0xFFFF.
+    const std::size_t typeCount = ((std::size_t(map[typeList]) << 8 | map[typeList + 1]) + 1) & 0xFFFF;
+    if (typeCount > (mapLength - typeList - 2) / sizeof(RawTypeEntry))
+        return std::nullopt;
+
+    std::vector<Range> mapRanges{{typeList, typeList + 2 + typeCount * sizeof(RawTypeEntry)}};
+    std::vector<Range> dataRanges;
+    for (std::size_t t = 0; t < typeCount; ++t) {
+        const auto entry = readRaw<RawTypeEntry>(map, typeList + 2 + t * sizeof(RawTypeEntry));
+        const OSType type = be32(entry.type);
+        const std::size_t count = be16(entry.countMinusOne) + 1;
+        const std::size_t listOffset = be16(entry.referenceListOffset);
+        if (listOffset > mapLength - typeList)
+            return std::nullopt;
+        const std::size_t list = typeList + listOffset;
+        if (count > (mapLength - list) / sizeof(RawReference))
+            return std::nullopt;
+        if (std::any_of(fork.resources.begin(), fork.resources.end(), [&](const Resource& r) { return r.type == type; }))
+            return std::nullopt;
+        mapRanges.emplace_back(list, list + count * sizeof(RawReference));
+        const std::size_t firstOfType = fork.resources.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto reference = readRaw<RawReference>(map, list + i * sizeof(RawReference));
+            Resource resource;
+            resource.type = type;
+            resource.id = std::int16_t(std::uint16_t(be16(reference.id)));
+            resource.attributes = reference.attributes;
+            const std::size_t blockOffset = be24(reference.dataOffset);
+            if (blockOffset > dataLength || dataLength - blockOffset < 4)
+                return std::nullopt;
+            const std::size_t blockLength = readFourCharCode(data.data() + blockOffset);
+            if (blockLength > dataLength - blockOffset - 4)
+                return std::nullopt;
+            dataRanges.emplace_back(blockOffset, blockOffset + 4 + blockLength);
+            const auto blockData = data.subspan(blockOffset + 4, blockLength);
+            resource.data.assign(blockData.begin(), blockData.end());
+            const std::size_t nameOffset = be16(reference.nameOffset);
+            if (nameOffset != kNoName) {
+                if (nameOffset >= mapLength - nameList)
+                    return std::nullopt;
+                const std::size_t name = nameList + nameOffset;
+                const std::size_t nameLength = map[name];
+                if (nameLength > mapLength - name - 1)
+                    return std::nullopt;
+                resource.name.assign(reinterpret_cast<const char*>(map.data() + name + 1), nameLength);
+            }
+            for (std::size_t k = firstOfType; k < fork.resources.size(); ++k)
+                if (fork.resources[k].id == resource.id)
+                    return std::nullopt;
+            fork.resources.push_back(std::move(resource));
+        }
+    }
+    if (!disjoint(std::move(mapRanges)) || !disjoint(std::move(dataRanges)))
+        return std::nullopt;
+    return fork;
+}
+
+std::optional<std::vector<std::uint8_t>> serialiseResourceFork(const ResourceFork& fork)
+{
+    // Types in the order they first appear, each with its resources in order.
+    std::vector<std::pair<OSType, std::vector<const Resource*>>> types;
+    for (const Resource& resource : fork.resources) {
+        auto it = std::find_if(types.begin(), types.end(), [&](const auto& t) { return t.first == resource.type; });
+        if (it == types.end())
+            it = types.insert(types.end(), {resource.type, {}});
+        it->second.push_back(&resource);
+    }
+
+    std::vector<std::uint8_t> data;
+    std::vector<std::uint8_t> references, names;
+    std::vector<std::uint8_t> typeList;
+    const std::size_t listsStart = 2 + types.size() * sizeof(RawTypeEntry);
+    const std::size_t nameListOffset = sizeof(RawMapHeader) + listsStart + fork.resources.size() * sizeof(RawReference);
+    if (types.size() > 0xFFFF || nameListOffset > 0xFFFF)
+        return std::nullopt;
+    typeList.push_back(std::uint8_t((types.size() - 1) >> 8));
+    typeList.push_back(std::uint8_t(types.size() - 1));
+    for (const auto& [type, members] : types) {
+        if (members.size() > 0x10000)
+            return std::nullopt;
+        RawTypeEntry entry;
+        put32(entry.type, type);
+        put16(entry.countMinusOne, members.size() - 1);
+        put16(entry.referenceListOffset, listsStart + references.size());
+        appendRaw(typeList, entry);
+        for (const Resource* resource : members) {
+            if (data.size() > kMaxDataOffset || resource->name.size() > 255
+                || resource->data.size() > std::numeric_limits<std::uint32_t>::max() - 4
+                || resource->data.size() + 4 > std::numeric_limits<std::uint32_t>::max() - data.size())
+                return std::nullopt;
+            RawReference reference{};
+            put16(reference.id, std::uint16_t(resource->id));
+            reference.attributes = resource->attributes;
+            put24(reference.dataOffset, data.size());
+            if (resource->name.empty()) {
+                put16(reference.nameOffset, kNoName);
+            } else {
+                if (names.size() >= kNoName)
+                    return std::nullopt;
+                put16(reference.nameOffset, names.size());
+                names.push_back(std::uint8_t(resource->name.size()));
+                names.insert(names.end(), resource->name.begin(), resource->name.end());
+            }
+            appendRaw(references, reference);
+            std::uint8_t length[4];
+            put32(length, resource->data.size());
+            data.insert(data.end(), length, length + 4);
+            data.insert(data.end(), resource->data.begin(), resource->data.end());
+        }
+    }
+
+    const std::size_t mapLength = nameListOffset + names.size();
+    if (data.size() > std::numeric_limits<std::uint32_t>::max() - kResourceDataStart - mapLength)
+        return std::nullopt;
+    RawHeader header;
+    put32(header.dataOffset, kResourceDataStart);
+    put32(header.mapOffset, kResourceDataStart + data.size());
+    put32(header.dataLength, data.size());
+    put32(header.mapLength, mapLength);
+    RawMapHeader mapHeader;
+    mapHeader.headerCopy = header;
+    put32(mapHeader.handle, fork.mapHandle);
+    put16(mapHeader.fileRef, fork.mapFileRef);
+    put16(mapHeader.attributes, fork.mapAttributes);
+    put16(mapHeader.typeListOffset, sizeof(RawMapHeader));
+    put16(mapHeader.nameListOffset, nameListOffset);
+
+    std::vector<std::uint8_t> out;
+    out.reserve(kResourceDataStart + data.size() + mapLength);
+    appendRaw(out, header);
+    out.insert(out.end(), fork.systemArea.begin(), fork.systemArea.end());
+    out.insert(out.end(), data.begin(), data.end());
+    appendRaw(out, mapHeader);
+    out.insert(out.end(), typeList.begin(), typeList.end());
+    out.insert(out.end(), references.begin(), references.end());
+    out.insert(out.end(), names.begin(), names.end());
+    return out;
+}
+
+} // namespace quilo
