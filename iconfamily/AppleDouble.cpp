@@ -1,5 +1,7 @@
 #include "iconfamily/AppleDouble.h"
 
+#include "iconfamily/RawFields.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -8,6 +10,8 @@
 
 namespace quilo {
 namespace {
+
+using namespace raw;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -47,16 +51,7 @@ constexpr std::size_t kAttributeHeaderOffset = kFinderInfoSize + 2; // within th
 constexpr std::array<std::uint8_t, 16> kMacFiller{'M', 'a', 'c', ' ', 'O', 'S', ' ', 'X',
                                                   ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
 
-std::uint32_t be32(const std::uint8_t (&b)[4]) { return readFourCharCode(b); }
-void put32(std::uint8_t (&b)[4], std::size_t v) { writeFourCharCode(b, OSType(v)); }
 
-template<typename T>
-T readRaw(Bytes bytes, std::size_t offset)
-{
-    T raw;
-    std::memcpy(&raw, bytes.data() + offset, sizeof(T));
-    return raw;
-}
 
 std::vector<std::uint8_t> emptyMacFinderInfoEntry()
 {

@@ -1,5 +1,7 @@
 #include "iconfamily/ResourceFork.h"
 
+#include "iconfamily/RawFields.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -7,6 +9,8 @@
 
 namespace quilo {
 namespace {
+
+using namespace raw;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -48,31 +52,8 @@ static_assert(sizeof(RawReference) == 12);
 constexpr std::uint16_t kNoName = 0xFFFF;
 constexpr std::size_t kMaxDataOffset = 0xFFFFFF;
 
-std::uint32_t be16(const std::uint8_t (&b)[2]) { return std::uint32_t(b[0]) << 8 | b[1]; }
-std::uint32_t be24(const std::uint8_t (&b)[3]) { return std::uint32_t(b[0]) << 16 | std::uint32_t(b[1]) << 8 | b[2]; }
-std::uint32_t be32(const std::uint8_t (&b)[4]) { return readFourCharCode(b); }
 
-void put16(std::uint8_t (&b)[2], std::size_t v)
-{
-    b[0] = std::uint8_t(v >> 8);
-    b[1] = std::uint8_t(v);
-}
-void put24(std::uint8_t (&b)[3], std::size_t v)
-{
-    b[0] = std::uint8_t(v >> 16);
-    b[1] = std::uint8_t(v >> 8);
-    b[2] = std::uint8_t(v);
-}
-void put32(std::uint8_t (&b)[4], std::size_t v) { writeFourCharCode(b, OSType(v)); }
 
-// Callers have checked that sizeof(T) bytes are there.
-template<typename T>
-T readRaw(Bytes bytes, std::size_t offset)
-{
-    T raw;
-    std::memcpy(&raw, bytes.data() + offset, sizeof(T));
-    return raw;
-}
 
 template<typename T>
 void appendRaw(std::vector<std::uint8_t>& out, const T& raw)
