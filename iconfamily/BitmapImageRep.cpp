@@ -28,4 +28,16 @@ BitmapImageRep BitmapImageRep::rgba(int pixelsWide, int pixelsHigh)
     return BitmapImageRep(pixelsWide, pixelsHigh, 8, 4, 32);
 }
 
+void premultiplyRgba(BitmapImageRep& rgba)
+{
+    std::uint8_t* pixel = rgba.bitmapData();
+    for (std::size_t i = 0; i < rgba.bytes().size(); i += 4) {
+        const unsigned alpha = pixel[i + 3];
+        if (alpha == 255)
+            continue;
+        for (std::size_t c = 0; c < 3; ++c)
+            pixel[i + c] = std::uint8_t((pixel[i + c] * alpha + 127) / 255);
+    }
+}
+
 } // namespace quilo

@@ -57,4 +57,8 @@ private:
     std::vector<std::uint8_t> bytes_;
 };
 
+// Premultiplies the colour of an 8-bit R G B A bitmap holding straight colour,
+// rounding to nearest.
+void premultiplyRgba(BitmapImageRep& rgba);
+
 } // namespace quilo

@@ -204,14 +204,8 @@ std::optional<DecodedElement> decodeElement(std::span<const std::uint8_t> block,
 BitmapImageRep premultipliedBitmap(const DecodedElement& element)
 {
     BitmapImageRep rep = BitmapImageRep::rgba(element.width, element.height);
-    std::uint8_t* out = rep.bitmapData();
-    const std::size_t pixels = std::size_t(element.width) * std::size_t(element.height);
-    for (std::size_t i = 0; i < pixels; ++i) {
-        const unsigned alpha = element.pixels[4 * i + 3];
-        for (int c = 0; c < 3; ++c)
-            out[4 * i + std::size_t(c)] = std::uint8_t((element.pixels[4 * i + std::size_t(c)] * alpha + 127) / 255);
-        out[4 * i + 3] = std::uint8_t(alpha);
-    }
+    std::copy(element.pixels.begin(), element.pixels.end(), rep.bitmapData());
+    premultiplyRgba(rep);
     return rep;
 }
 

@@ -58,6 +58,11 @@ const ElementGeometry* elementGeometry(OSType type)
     return nullptr;
 }
 
+std::span<const ElementGeometry> elementGeometries()
+{
+    return kGeometries;
+}
+
 int elementDataSize(const ElementGeometry& geometry)
 {
     const int pixels = geometry.width * geometry.height;

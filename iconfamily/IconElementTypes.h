@@ -2,6 +2,8 @@
 
 #include "foundation/FourCharCode.h"
 
+#include <span>
+
 namespace quilo {
 
 constexpr OSType kIconFamilyType = fourCharCode("icns");
@@ -40,6 +42,9 @@ struct ElementGeometry {
 
 // nullptr for types that hold no picture of their own ('TOC ', 'icnV', ...).
 const ElementGeometry* elementGeometry(OSType type);
+
+// Every element type we can read.
+std::span<const ElementGeometry> elementGeometries();
 
 // Bytes of an element of a fixed-size encoding; 0 for Embedded.
 int elementDataSize(const ElementGeometry& geometry);

@@ -1,5 +1,6 @@
 #include "iconfamily/JpegDecoder.h"
 
+#include "iconfamily/DecodeScale.h"
 #include "iconfamily/ExifOrientation.h"
 #include "iconfamily/Orientation.h"
 
@@ -40,14 +41,6 @@ void onMessage(j_common_ptr info, int level)
         manager->firstWarning = manager->base.msg_code;
         manager->base.format_message(info, manager->message);
     }
-}
-
-int shrinkFor(int longer, int wanted)
-{
-    int shrink = 8;
-    while (shrink > 1 && longer / shrink < wanted)
-        shrink /= 2;
-    return shrink;
 }
 
 bool hasMarker(const jpeg_decompress_struct& info, int marker)
@@ -141,7 +134,7 @@ bool decodeInto(Decompressor& d, int wantedSide, Decoded& decoded)
     }
     decoded.orientation = orientationOf(d.info);
     d.info.scale_num = 1;
-    d.info.scale_denom = unsigned(shrinkFor(int(std::max(d.info.image_width, d.info.image_height)), wantedSide));
+    d.info.scale_denom = unsigned(jpegScaleDenominator(int(std::max(d.info.image_width, d.info.image_height)), wantedSide));
     d.info.out_color_space = JCS_EXT_RGBA;
     // At an eighth, a pixel is its block's DC coefficient alone, and a
     // progressive file sends every DC in its first scans: the rest of the

@@ -1,5 +1,6 @@
 #include "iconfamily/PictureLoader.h"
 
+#include "iconfamily/DecodeScale.h"
 #include "iconfamily/ImageCodecs.h"
 #include "iconfamily/JpegDecoder.h"
 #include "iconfamily/Resampler.h"
@@ -22,7 +23,7 @@ bool isJpegFile(const std::filesystem::path& path)
 Image reducedByWholeFactor(Image image, int wanted)
 {
     const BitmapImageRep& rep = *image.bestRepresentation();
-    const int factor = std::max(rep.pixelsWide(), rep.pixelsHigh()) / std::max(wanted, 1);
+    const int factor = boxReductionFactor(std::max(rep.pixelsWide(), rep.pixelsHigh()), wanted);
     if (factor < 2)
         return image;
     Image reduced(image.width(), image.height());

@@ -1,5 +1,7 @@
 #include "iconfamily/vips/VipsModule.h"
 
+#include "iconfamily/DecodeScale.h"
+#include "iconfamily/Orientation.h"
 #include "iconfamily/vips/VipsColour.h"
 #include "iconfamily/vips/VipsRuntime.h"
 
@@ -36,18 +38,7 @@ VImage open(const std::filesystem::path& path, vips::VOption* options)
 
 bool swapsAxes(const VImage& image)
 {
-    const int orientation = image.get_typeof(VIPS_META_ORIENTATION) ? image.get_int(VIPS_META_ORIENTATION) : 1;
-    return orientation >= 5 && orientation <= 8;
-}
-
-// The largest power-of-two reduction (at most 8) that keeps the longer side
-// at least `wanted` pixels.
-int jpegShrink(int longer, int wanted)
-{
-    int shrink = 8;
-    while (shrink > 1 && longer / shrink < wanted)
-        shrink /= 2;
-    return shrink;
+    return image.get_typeof(VIPS_META_ORIENTATION) && orientationSwapsAxes(image.get_int(VIPS_META_ORIENTATION));
 }
 
 // Opens the picture decoded at a scale that keeps its longer side at least
@@ -57,7 +48,7 @@ VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage&
     const int longer = std::max(header.width(), header.height());
     switch (kind) {
     case Loader::Jpeg:
-        return open(path, VImage::option()->set("shrink", jpegShrink(longer, wanted)));
+        return open(path, VImage::option()->set("shrink", jpegScaleDenominator(longer, wanted)));
     case Loader::Webp:
         if (longer > wanted)
             return open(path, VImage::option()->set("scale", double(wanted) / longer));
@@ -82,7 +73,7 @@ VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage&
 // held whole in memory.
 VImage boxReduced(VImage image, int wanted)
 {
-    const int factor = std::max(image.width(), image.height()) / std::max(wanted, 1);
+    const int factor = boxReductionFactor(std::max(image.width(), image.height()), wanted);
     if (factor < 2)
         return image;
     return image.shrink(factor, factor);
@@ -94,14 +85,7 @@ BitmapImageRep premultipliedRep(const VImage& image)
     const VImage target = VImage::new_from_memory(rep.bitmapData(), rep.bytes().size(), image.width(),
                                                   image.height(), 4, VIPS_FORMAT_UCHAR);
     image.write(target);
-    std::uint8_t* pixel = rep.bitmapData();
-    for (std::size_t i = 0; i < rep.bytes().size(); i += 4) {
-        const unsigned alpha = pixel[i + 3];
-        if (alpha == 255)
-            continue;
-        for (int c = 0; c < 3; ++c)
-            pixel[i + std::size_t(c)] = std::uint8_t((pixel[i + std::size_t(c)] * alpha + 127) / 255);
-    }
+    premultiplyRgba(rep);
     return rep;
 }
 

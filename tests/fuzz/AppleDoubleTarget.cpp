@@ -1,20 +1,16 @@
 #include "tests/fuzz/AppleDoubleTarget.h"
 
+#include "tests/fuzz/FuzzCheck.h"
 #include "iconfamily/AppleDouble.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 
 namespace quilo::fuzz {
 namespace {
 
 void expect(bool holds, const char* promise)
 {
-    if (!holds) {
-        std::fprintf(stderr, "AppleDouble codec: %s\n", promise);
-        std::abort();
-    }
+    fuzz::expect(holds, "AppleDouble codec", promise);
 }
 
 } // namespace

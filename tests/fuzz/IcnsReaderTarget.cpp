@@ -1,5 +1,6 @@
 #include "tests/fuzz/IcnsReaderTarget.h"
 
+#include "tests/fuzz/FuzzCheck.h"
 #include "foundation/Log.h"
 #include "iconfamily/ElementDecoder.h"
 #include "iconfamily/EmbeddedImage.h"
@@ -23,33 +24,20 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
+void expect(bool holds, const char* promise, OSType type = 0)
+{
+    fuzz::expect(holds, "icns reader", promise, type ? fourCharCodeString(type) : std::string());
+}
+
 [[noreturn]] void broken(const char* promise, OSType type = 0)
 {
-    std::fprintf(stderr, "icns reader: %s%s%s\n", promise, type ? " for " : "",
-                 type ? fourCharCodeString(type).c_str() : "");
+    expect(false, promise, type);
     std::abort();
 }
 
-void expect(bool holds, const char* promise, OSType type = 0)
-{
-    if (!holds)
-        broken(promise, type);
-}
-
-// Every element type the engine knows, plus a few that hold no picture.
-constexpr std::array kKnownTypes{
-    fourCharCode("is32"), fourCharCode("il32"), fourCharCode("ih32"), fourCharCode("it32"),
-    fourCharCode("s8mk"), fourCharCode("l8mk"), fourCharCode("h8mk"), fourCharCode("t8mk"),
-    fourCharCode("icm8"), fourCharCode("ics8"), fourCharCode("icl8"), fourCharCode("ich8"),
-    fourCharCode("icm4"), fourCharCode("ics4"), fourCharCode("icl4"), fourCharCode("ich4"),
-    fourCharCode("icm#"), fourCharCode("ics#"), fourCharCode("ICN#"), fourCharCode("ich#"),
-    fourCharCode("ICON"), fourCharCode("ic04"), fourCharCode("ic05"), fourCharCode("icp4"),
-    fourCharCode("icp5"), fourCharCode("icp6"), fourCharCode("ic07"), fourCharCode("ic08"),
-    fourCharCode("ic09"), fourCharCode("ic10"), fourCharCode("ic11"), fourCharCode("ic12"),
-    fourCharCode("ic13"), fourCharCode("ic14"), fourCharCode("icsb"), fourCharCode("icsB"),
-    fourCharCode("sb24"), fourCharCode("SB24"), fourCharCode("TOC "), fourCharCode("icnV"),
-    fourCharCode("name"), fourCharCode("info"),
-};
+// Types that hold no picture, asked for beside every type the engine reads.
+constexpr std::array kOtherTypes{fourCharCode("TOC "), fourCharCode("icnV"), fourCharCode("name"),
+                                 fourCharCode("info")};
 
 struct Writable {
     OSType type;
@@ -265,7 +253,9 @@ void readIcnsBytes(Bytes bytes)
 
     const auto elements = parseIconFamily(bytes);
     const auto family = IconFamily::iconFamilyWithIconFamilyHandle(IconFamilyHandle(bytes.begin(), bytes.end()));
-    for (OSType type : kKnownTypes)
+    for (const ElementGeometry& geometry : elementGeometries())
+        checkElementData(bytes, elements, geometry.type);
+    for (OSType type : kOtherTypes)
         checkElementData(bytes, elements, type);
     if (elements)
         for (const IcnsElement& element : *elements)

@@ -1,19 +1,15 @@
 #include "tests/fuzz/ResourceForkTarget.h"
 
+#include "tests/fuzz/FuzzCheck.h"
 #include "iconfamily/ResourceFork.h"
 
-#include <cstdio>
-#include <cstdlib>
 
 namespace quilo::fuzz {
 namespace {
 
 void expect(bool holds, const char* promise)
 {
-    if (!holds) {
-        std::fprintf(stderr, "resource fork codec: %s\n", promise);
-        std::abort();
-    }
+    fuzz::expect(holds, "resource fork codec", promise);
 }
 
 } // namespace
