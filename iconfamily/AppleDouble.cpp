@@ -1,8 +1,10 @@
 #include "iconfamily/AppleDouble.h"
 
 #include "iconfamily/RawFields.h"
+#include "iconfamily/ResourceFork.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <numeric>
@@ -51,8 +53,6 @@ constexpr std::size_t kAttributeHeaderOffset = kFinderInfoSize + 2; // within th
 constexpr std::array<std::uint8_t, 16> kMacFiller{'M', 'a', 'c', ' ', 'O', 'S', ' ', 'X',
                                                   ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
 
-
-
 std::vector<std::uint8_t> emptyMacFinderInfoEntry()
 {
     std::vector<std::uint8_t> data(kMacFinderInfoLength);
@@ -62,6 +62,56 @@ std::vector<std::uint8_t> emptyMacFinderInfoEntry()
     put32(header.dataStart, kMacFinderInfoOffset + kAttributeHeaderOffset + sizeof(RawAttributeHeader));
     std::memcpy(data.data() + kAttributeHeaderOffset, &header, sizeof header);
     return data;
+}
+
+bool hasAttributeHeader(const std::vector<std::uint8_t>& finderInfo)
+{
+    return finderInfo.size() >= kAttributeHeaderOffset + sizeof(RawAttributeHeader)
+        && readFourCharCode(finderInfo.data() + kAttributeHeaderOffset) == fourCharCode("ATTR");
+}
+
+std::size_t attributeCount(const std::vector<std::uint8_t>& finderInfo)
+{
+    const auto header = readRaw<RawAttributeHeader>(finderInfo, kAttributeHeaderOffset);
+    return be16(header.attributeCount);
+}
+
+// The extended-attribute area counts its offsets from the start of the file,
+// so when the Finder info entry moves they move with it. Attribute entries
+// are an offset, a length, 2 bytes of flags and a counted name, padded to 4.
+std::vector<std::uint8_t> movedAttributeArea(std::vector<std::uint8_t> finderInfo, std::size_t from, std::size_t to)
+{
+    auto shifted = [&](std::uint8_t* field) {
+        writeFourCharCode(field, OSType(readFourCharCode(field) - from + to));
+    };
+    std::uint8_t* header = finderInfo.data() + kAttributeHeaderOffset;
+    shifted(header + offsetof(RawAttributeHeader, totalSize));
+    shifted(header + offsetof(RawAttributeHeader, dataStart));
+    std::size_t at = kAttributeHeaderOffset + sizeof(RawAttributeHeader);
+    for (std::size_t i = attributeCount(finderInfo); i > 0 && at + 11 <= finderInfo.size(); --i) {
+        shifted(finderInfo.data() + at);
+        at += (11 + std::size_t(finderInfo[at + 10]) + 3) & ~std::size_t(3);
+    }
+    return finderInfo;
+}
+
+bool allZero(std::span<const std::uint8_t> bytes)
+{
+    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t b) { return b == 0; });
+}
+
+bool finderInfoEntryHoldsNothing(const std::vector<std::uint8_t>& data)
+{
+    const std::span<const std::uint8_t> bytes(data);
+    if (!allZero(bytes.first(std::min(bytes.size(), kFinderInfoSize))))
+        return false;
+    return hasAttributeHeader(data) ? attributeCount(data) == 0 : allZero(bytes);
+}
+
+bool forkHoldsNothing(std::span<const std::uint8_t> bytes)
+{
+    const auto fork = parseResourceFork(bytes);
+    return fork && fork->resources.empty();
 }
 
 } // namespace
@@ -155,7 +205,11 @@ std::optional<std::vector<std::uint8_t>> AppleDouble::serialise() const
         put32(descriptor.offset, offsets[i]);
         put32(descriptor.length, entries_[i].data.size());
         std::memcpy(out.data() + sizeof(RawHeader) + i * sizeof(RawDescriptor), &descriptor, sizeof descriptor);
-        std::copy(entries_[i].data.begin(), entries_[i].data.end(), out.begin() + std::ptrdiff_t(offsets[i]));
+        const AppleDoubleEntry& entry = entries_[i];
+        const bool movedAttributes = entry.id == kAppleDoubleFinderInfo && entry.offset && *entry.offset != offsets[i]
+                                  && hasAttributeHeader(entry.data);
+        const auto data = movedAttributes ? movedAttributeArea(entry.data, *entry.offset, offsets[i]) : entry.data;
+        std::copy(data.begin(), data.end(), out.begin() + std::ptrdiff_t(offsets[i]));
     }
     return out;
 }
@@ -202,6 +256,20 @@ std::optional<std::span<const std::uint8_t>> AppleDouble::resourceFork() const
 void AppleDouble::setResourceFork(std::vector<std::uint8_t> fork)
 {
     entryForWriting(kAppleDoubleResourceFork).data = std::move(fork);
+}
+
+bool AppleDouble::holdsNothing() const
+{
+    return std::all_of(entries_.begin(), entries_.end(), [](const AppleDoubleEntry& e) {
+        switch (e.id) {
+        case kAppleDoubleFinderInfo:
+            return finderInfoEntryHoldsNothing(e.data);
+        case kAppleDoubleResourceFork:
+            return e.data.empty() || forkHoldsNothing(e.data);
+        default:
+            return e.data.empty();
+        }
+    });
 }
 
 } // namespace quilo

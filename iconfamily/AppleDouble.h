@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/FourCharCode.h"
+#include "iconfamily/FinderInfo.h"
 
 #include <array>
 #include <cstddef>
@@ -23,32 +23,12 @@ enum AppleDoubleEntryId : std::uint32_t {
     kAppleDoubleFinderInfo = 9,
 };
 
-constexpr std::size_t kFinderInfoSize = 32;
 // What macOS writes on volumes without forks: the Finder info entry at 50,
 // 3760 bytes long (Finder info, then the extended-attribute area), and the
 // resource fork right after it.
 constexpr std::size_t kMacFinderInfoOffset = 50;
 constexpr std::size_t kMacFinderInfoLength = 3760;
 constexpr std::size_t kMacResourceForkOffset = kMacFinderInfoOffset + kMacFinderInfoLength;
-
-// FInfo/FolderInfo and their extended halves, as stored. The type, creator
-// and flags sit at the same place for files and folders (a folder's type and
-// creator bytes are its window rectangle).
-struct FinderInfo {
-    std::array<std::uint8_t, kFinderInfoSize> bytes{};
-
-    OSType fileType() const { return readFourCharCode(bytes.data()); }
-    OSType creator() const { return readFourCharCode(bytes.data() + 4); }
-    std::uint16_t finderFlags() const { return std::uint16_t(bytes[8] << 8 | bytes[9]); }
-    void setFileType(OSType type) { writeFourCharCode(bytes.data(), type); }
-    void setCreator(OSType creator) { writeFourCharCode(bytes.data() + 4, creator); }
-    void setFinderFlags(std::uint16_t flags)
-    {
-        bytes[8] = std::uint8_t(flags >> 8);
-        bytes[9] = std::uint8_t(flags);
-    }
-    bool operator==(const FinderInfo&) const = default;
-};
 
 struct AppleDoubleEntry {
     std::uint32_t id = 0;
@@ -78,6 +58,11 @@ public:
     // The fork entry's bytes, or nullopt when there is no fork entry.
     std::optional<std::span<const std::uint8_t>> resourceFork() const;
     void setResourceFork(std::vector<std::uint8_t> fork);
+
+    // Whether the sidecar says nothing a file without one would not: zero
+    // Finder info, no extended attributes, a fork without resources and
+    // no other entry with content.
+    bool holdsNothing() const;
 
     const AppleDoubleEntry* entry(std::uint32_t id) const;
     const std::vector<AppleDoubleEntry>& entries() const { return entries_; }

@@ -13,6 +13,11 @@
 
 namespace quilo {
 
+struct FSSpec;
+
+// The ID of every custom-icon resource.
+constexpr std::int16_t kCustomIconResource = -16455;
+
 // One icon family (the data of an .icns file) held in a block of its own.
 // Every piece of state lives in the block.
 class IconFamily {
@@ -51,6 +56,23 @@ public:
     // write from the result.
     bool writeToFile(const std::filesystem::path& path) const;
 
+    // The custom icon of a file or folder: the family stored as resource
+    // 'icns' kCustomIconResource and the kHasCustomIcon Finder flag. A
+    // folder keeps its resources in the invisible file "Icon\r" inside it.
+    // With compatibility, the old 32 and 16 px resources are added too.
+    bool setAsCustomIconForFile(const std::filesystem::path& path, bool withCompatibility = false) const;
+    bool setAsCustomIconForDirectory(const std::filesystem::path& path, bool withCompatibility = false) const;
+    // Takes the 'icns' resource off and clears the flags; the compatibility
+    // resources stay. There is no counterpart for folders.
+    static bool removeCustomIconFromFile(const std::filesystem::path& path);
+    // The family of the custom icon the Finder shows for the file or folder;
+    // null when it has none.
+    static std::unique_ptr<IconFamily> iconFamilyWithIconOfFile(const std::filesystem::path& path);
+
+    // Copies the element of that type into a new resource of the current
+    // resource file. False, adding nothing, when the family lacks it.
+    bool addResourceType(OSType type, std::int16_t asResID) const;
+
     const IconFamilyHandle& iconFamilyHandle() const { return hIconFamily_; }
 
     // Packing one bitmap into one element's data (the Internals of the
@@ -62,6 +84,8 @@ public:
     static ElementData get1BitMaskFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
 
 private:
+    bool writeCustomIconResources(const FSSpec& spec, bool withCompatibility) const;
+
     IconFamilyHandle hIconFamily_;
 };
 

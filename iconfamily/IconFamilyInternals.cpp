@@ -1,7 +1,9 @@
-// The packing routines: one square bitmap into the raw data of one element.
+// The packing routines (one square bitmap into the raw data of one element),
+// and the copy of one element into a resource.
 #include "iconfamily/IconFamily.h"
 
 #include "foundation/Log.h"
+#include "iconfamily/ResourceManager.h"
 #include "iconfamily/SystemPalette.h"
 
 #include <algorithm>
@@ -190,6 +192,19 @@ IconFamily::ElementData IconFamily::get1BitMaskFromBitmapImageRep(const BitmapIm
     }
     std::copy_n(data.begin(), planeSize, data.begin() + std::ptrdiff_t(planeSize));
     return data;
+}
+
+} // namespace quilo
+
+namespace quilo {
+
+bool IconFamily::addResourceType(OSType type, std::int16_t asResID) const
+{
+    std::vector<std::uint8_t> data;
+    if (getIconFamilyData(hIconFamily_, type, data) != noErr || data.empty())
+        return false;
+    AddResource(std::move(data), type, asResID, "");
+    return true; // what the Resource Manager made of it is not looked at
 }
 
 } // namespace quilo

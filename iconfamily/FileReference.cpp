@@ -1,0 +1,56 @@
+#include "iconfamily/FileReference.h"
+
+#include "foundation/AtomicFile.h"
+#include "iconfamily/ForkStore.h"
+
+#include <system_error>
+
+namespace quilo {
+
+bool getFSRef(const std::filesystem::path& path, FSRef& ref, bool createFileIfNecessary)
+{
+    std::error_code error;
+    if (path.empty())
+        return false;
+    if (!std::filesystem::exists(path, error)) {
+        if (!createFileIfNecessary || !writeFileAtomically(path, {}))
+            return false;
+    }
+    // Resolving the path is where links are followed, as turning a URL into
+    // a file reference does.
+    auto resolved = std::filesystem::canonical(path, error);
+    if (error)
+        return false;
+    ref.path = std::move(resolved);
+    return true;
+}
+
+bool getFSSpec(const std::filesystem::path& path, FSSpec& spec, bool createFileIfNecessary)
+{
+    FSRef ref;
+    return getFSRef(path, ref, createFileIfNecessary) && FSGetCatalogInfo(ref, &spec, nullptr) == noErr;
+}
+
+OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* spec, FSRef* parentRef)
+{
+    if (ref.path.empty() || !ref.path.has_relative_path())
+        return fnfErr; // the root has no folder
+    if (spec)
+        *spec = {ref.path.parent_path(), ref.path.filename()};
+    if (parentRef)
+        parentRef->path = ref.path.parent_path();
+    return noErr;
+}
+
+OSErr FSGetCatalogFinderInfo(const FSRef& ref, FinderInfo& info) { return forkStore().readFinderInfo(ref.path, info); }
+
+OSErr FSSetCatalogFinderInfo(const FSRef& ref, const FinderInfo& info)
+{
+    return forkStore().writeFinderInfo(ref.path, info);
+}
+
+OSErr FSpGetFInfo(const FSSpec& spec, FinderInfo& info) { return forkStore().readFinderInfo(spec.path(), info); }
+
+OSErr FSpSetFInfo(const FSSpec& spec, const FinderInfo& info) { return forkStore().writeFinderInfo(spec.path(), info); }
+
+} // namespace quilo

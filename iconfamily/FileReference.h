@@ -1,0 +1,43 @@
+#pragma once
+
+#include "iconfamily/FinderInfo.h"
+#include "iconfamily/IconServices.h"
+
+#include <filesystem>
+
+// File references and specifications from POSIX paths, and the Finder info
+// behind them.
+namespace quilo {
+
+// An existing file or folder, named by its absolute path with every link
+// followed: whatever is done through it happens to the link's target.
+struct FSRef {
+    std::filesystem::path path;
+};
+
+// An item by its folder and its name in that folder.
+struct FSSpec {
+    std::filesystem::path parent;
+    std::filesystem::path name;
+
+    std::filesystem::path path() const { return parent / name; }
+};
+
+// The reference of the file or folder at `path`. When nothing is there and
+// creation is asked for, an empty file is made first. False when there is
+// nothing to refer to.
+bool getFSRef(const std::filesystem::path& path, FSRef& ref, bool createFileIfNecessary);
+// The same as a specification.
+bool getFSSpec(const std::filesystem::path& path, FSSpec& spec, bool createFileIfNecessary);
+
+// FSGetCatalogInfo: the item's specification and its folder's reference.
+// fnfErr for an item with no folder (the root).
+OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* spec, FSRef* parentRef);
+// FSGetCatalogInfo and FSSetCatalogInfo with kFSCatInfoFinderInfo.
+OSErr FSGetCatalogFinderInfo(const FSRef& ref, FinderInfo& info);
+OSErr FSSetCatalogFinderInfo(const FSRef& ref, const FinderInfo& info);
+// FSpGetFInfo and FSpSetFInfo.
+OSErr FSpGetFInfo(const FSSpec& spec, FinderInfo& info);
+OSErr FSpSetFInfo(const FSSpec& spec, const FinderInfo& info);
+
+} // namespace quilo

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "iconfamily/ChangeNotifier.h"
+
+namespace quilo {
+
+// File managers on Linux watch the folders they show (inotify) and see the
+// sidecar change by themselves: there is nobody to tell.
+class LinuxChangeNotifier final : public ChangeNotifier {
+public:
+    OSErr directoryModified(const std::filesystem::path&) override { return noErr; }
+};
+
+} // namespace quilo
