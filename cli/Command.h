@@ -26,5 +26,8 @@ bool makeOutputDirectory(const char* command, const std::string& directory);
 const Command& infoCommand();
 const Command& extractCommand();
 const Command& icnsCommand();
+const Command& setIconCommand();
+const Command& removeIconCommand();
+const Command& getIconCommand();
 
 } // namespace quilo::cli

@@ -1,18 +1,28 @@
 #include "cli/Command.h"
+#include "cli/CustomIconReport.h"
 
 #include "iconfamily/ElementDecoder.h"
+#include "iconfamily/ForkStore.h"
 #include "iconfamily/IcnsContainer.h"
 #include "iconfamily/IconFamily.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 
 namespace quilo::cli {
 namespace {
 
-constexpr const char* kHelp = R"(Usage: quilo info FILE.icns...
+constexpr const char* kHelp = R"(Usage: quilo info PATH...
 
-Lists each element of the icon families: its type, its size in pixels, how it
-is stored and its length in bytes.
+For an .icns file, lists each element of its icon family: its type, its size
+in pixels, how it is stored and its length in bytes.
+
+For any other file or folder, tells whether it has a custom icon and shows
+what a Mac would read of it: the Finder info (type, creator, Finder flags)
+and the resources of its fork (type, ID, size); for a folder, also those of
+the icon file "Icon\r" inside it. An .icns file that has a custom icon of
+its own gets both.
 )";
 
 void printElement(std::span<const std::uint8_t> block, const std::vector<IcnsElement>& elements,
@@ -43,15 +53,33 @@ bool printFamily(const std::string& path)
     return true;
 }
 
+bool isIcnsName(const std::filesystem::path& path)
+{
+    std::string extension = path.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(), [](unsigned char c) { return std::tolower(c); });
+    return extension == ".icns";
+}
+
+bool printInfo(const std::string& path)
+{
+    if (!isIcnsName(path))
+        return printCustomIconState(path);
+    if (!printFamily(path))
+        return false;
+    std::error_code error;
+    const auto target = std::filesystem::canonical(path, error);
+    return error || !forkStore().holdsAnything(target) || printCustomIconState(path);
+}
+
 int run(const Arguments& arguments)
 {
     if (arguments.positionals.empty()) {
-        std::fprintf(stderr, "quilo info: name at least one .icns file\n");
+        std::fprintf(stderr, "quilo info: name at least one file or folder\n");
         return kExitUsage;
     }
     bool allRead = true;
     for (const std::string& path : arguments.positionals)
-        allRead = printFamily(path) && allRead;
+        allRead = printInfo(path) && allRead;
     return allRead ? kExitSuccess : kExitFailure;
 }
 
@@ -59,7 +87,7 @@ int run(const Arguments& arguments)
 
 const Command& infoCommand()
 {
-    static const Command command{"info", "list the elements of .icns files", kHelp, {}, &run};
+    static const Command command{"info", "list the elements of .icns files, or show a file's custom icon", kHelp, {}, &run};
     return command;
 }
 

@@ -10,14 +10,16 @@ using quilo::cli::Command;
 
 std::vector<const Command*> commands()
 {
-    return {&quilo::cli::icnsCommand(), &quilo::cli::infoCommand(), &quilo::cli::extractCommand()};
+    using namespace quilo::cli;
+    return {&icnsCommand(), &infoCommand(), &extractCommand(), &setIconCommand(), &removeIconCommand(),
+            &getIconCommand()};
 }
 
 void printOverview(std::FILE* to)
 {
     std::fprintf(to, "Usage: quilo COMMAND [ARGUMENTS]\n\nCommands:\n");
     for (const Command* command : commands())
-        std::fprintf(to, "  %-10s %s\n", command->name, command->summary);
+        std::fprintf(to, "  %-12s %s\n", command->name, command->summary);
     std::fprintf(to, "\nRun 'quilo COMMAND --help' for a command's arguments.\n");
 }
 

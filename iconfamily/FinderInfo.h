@@ -18,9 +18,6 @@ constexpr std::uint16_t kHasCustomIcon = 0x0400;
 constexpr std::uint16_t kHasBeenInited = 0x0100;
 constexpr std::uint16_t kIsInvisible = 0x4000;
 
-// The type and creator of a file whose own cannot be known.
-constexpr OSType kUnknownType = 0x3F3F3F3F; // '????'
-
 struct FinderInfo {
     std::array<std::uint8_t, kFinderInfoSize> bytes{};
 

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 // Where a file's or folder's resource fork and Finder info live. A Mac keeps
@@ -49,6 +50,8 @@ public:
     // cannot be read at all.
     virtual std::optional<HfsCodes> hfsCodes(const std::filesystem::path& item) = 0;
 
+    // Where the item's fork and Finder info are kept, for messages.
+    virtual std::string whereKept(const std::filesystem::path& item) = 0;
     // Whether a fork or Finder info is kept for the item, even one whose
     // item is gone.
     virtual bool holdsAnything(const std::filesystem::path& item) = 0;

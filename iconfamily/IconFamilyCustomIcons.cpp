@@ -79,7 +79,7 @@ bool IconFamily::setAsCustomIconForFile(const std::filesystem::path& path, bool 
     FSRef parentRef;
     if (!fileReferences(path, spec, parentRef))
         return false;
-    const HfsCodes codes = forkStore().hfsCodes(path).value_or(HfsCodes{kUnknownType, kUnknownType});
+    const HfsCodes codes = forkStore().hfsCodes(path).value_or(HfsCodes{kUnknownFourCharCode, kUnknownFourCharCode});
     FSpCreateResFile(spec, codes.creator, codes.type, smSystemScript);
     if (ResError() != noErr && ResError() != dupFNErr)
         return false;
@@ -105,7 +105,7 @@ bool IconFamily::setAsCustomIconForDirectory(const std::filesystem::path& path, 
     FSRef folderRef;
     if (!getFSSpec(iconPath, iconSpec, true) || !getFSSpec(path, folderSpec, true) || !getFSRef(path, folderRef, false))
         return false;
-    FSpCreateResFile(iconSpec, kUnknownType, kUnknownType, smSystemScript);
+    FSpCreateResFile(iconSpec, kUnknownFourCharCode, kUnknownFourCharCode, smSystemScript);
     if (ResError() != noErr)
         return false;
     if (!writeCustomIconResources(iconSpec, withCompatibility))

@@ -42,9 +42,9 @@ OSErr load(const std::filesystem::path& path, std::optional<AppleDouble>& sideca
     return sidecar ? noErr : mapReadErr;
 }
 
-OSErr store(const std::filesystem::path& path, const AppleDouble& sidecar)
+OSErr store(const std::filesystem::path& path, const AppleDouble& sidecar, WhenEmpty whenEmpty)
 {
-    if (sidecar.holdsNothing())
+    if (whenEmpty == WhenEmpty::Delete && sidecar.holdsNothing())
         return ::unlink(path.c_str()) == 0 || errno == ENOENT ? noErr : ioErr;
     const auto bytes = sidecar.serialise();
     if (!bytes)

@@ -16,7 +16,10 @@ constexpr std::uintmax_t kMaxSidecarSize = 32u << 20;
 // that is not a well-formed AppleDouble file; ioErr when it cannot be read.
 OSErr load(const std::filesystem::path& path, std::optional<AppleDouble>& sidecar);
 
-// Replaces the sidecar atomically, or deletes it when it holds nothing.
-OSErr store(const std::filesystem::path& path, const AppleDouble& sidecar);
+enum class WhenEmpty { Delete, Keep };
+
+// Replaces the sidecar atomically, or deletes it when it holds nothing and
+// `whenEmpty` allows.
+OSErr store(const std::filesystem::path& path, const AppleDouble& sidecar, WhenEmpty whenEmpty);
 
 } // namespace quilo::sidecar

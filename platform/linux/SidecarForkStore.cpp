@@ -17,9 +17,11 @@ bool itemExists(const std::filesystem::path& item)
 }
 
 // Loads the item's sidecar (a new one when it has none), lets `change` edit
-// it, and stores it unless `change` reports an error.
+// it, and stores it unless `change` reports an error. A sidecar left holding
+// nothing goes, so taking an icon off leaves no trace.
 template <typename Change>
-OSErr updateSidecar(const std::filesystem::path& item, Change&& change)
+OSErr updateSidecar(const std::filesystem::path& item, Change&& change,
+                    sidecar::WhenEmpty whenEmpty = sidecar::WhenEmpty::Delete)
 {
     const auto path = sidecarPath(item);
     if (path.empty() || !itemExists(item))
@@ -32,7 +34,7 @@ OSErr updateSidecar(const std::filesystem::path& item, Change&& change)
         sidecar.emplace();
     if (const OSErr error = change(*sidecar, isNew))
         return error;
-    return sidecar::store(path, *sidecar);
+    return sidecar::store(path, *sidecar, whenEmpty);
 }
 
 OSErr loadExisting(const std::filesystem::path& item, std::optional<AppleDouble>& sidecar)
@@ -72,7 +74,7 @@ OSErr SidecarForkStore::createResourceFork(const std::filesystem::path& item, OS
         }
         sidecar.setResourceFork(emptyResourceFork());
         return noErr;
-    });
+    }, sidecar::WhenEmpty::Keep); // the empty fork is what was asked for
 }
 
 OSErr SidecarForkStore::readResourceFork(const std::filesystem::path& item, std::vector<std::uint8_t>& fork)
@@ -125,6 +127,11 @@ std::optional<HfsCodes> SidecarForkStore::hfsCodes(const std::filesystem::path& 
         return HfsCodes{};
     const FinderInfo info = sidecar->finderInfo();
     return HfsCodes{info.fileType(), info.creator()};
+}
+
+std::string SidecarForkStore::whereKept(const std::filesystem::path& item)
+{
+    return "the AppleDouble sidecar " + sidecarPath(item).string();
 }
 
 bool SidecarForkStore::holdsAnything(const std::filesystem::path& item)

@@ -16,6 +16,7 @@ public:
     OSErr readFinderInfo(const std::filesystem::path& item, FinderInfo& info) override;
     OSErr writeFinderInfo(const std::filesystem::path& item, const FinderInfo& info) override;
     std::optional<HfsCodes> hfsCodes(const std::filesystem::path& item) override;
+    std::string whereKept(const std::filesystem::path& item) override;
     bool holdsAnything(const std::filesystem::path& item) override;
     OSErr removeItem(const std::filesystem::path& item) override;
 };

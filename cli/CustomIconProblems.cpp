@@ -1,0 +1,48 @@
+#include "cli/CustomIconProblems.h"
+
+#include "iconfamily/ForkStore.h"
+#include "iconfamily/ResourceFork.h"
+
+#include <unistd.h>
+
+namespace quilo::cli {
+namespace {
+
+std::string damaged(const std::filesystem::path& item)
+{
+    return forkStore().whereKept(item) + " is damaged or not one Quilo can read; it was left as it is";
+}
+
+// The reason one item's fork or Finder info stands in the way, if any.
+std::string problemWith(const std::filesystem::path& item)
+{
+    FinderInfo info;
+    std::vector<std::uint8_t> fork;
+    const OSErr infoError = forkStore().readFinderInfo(item, info);
+    const OSErr forkError = infoError ? infoError : forkStore().readResourceFork(item, fork);
+    if (infoError == mapReadErr || forkError == mapReadErr || (forkError == noErr && !parseResourceFork(fork)))
+        return damaged(item);
+    if (infoError == permErr || forkError == permErr)
+        return "cannot read " + forkStore().whereKept(item);
+    if (::access(item.parent_path().c_str(), W_OK | X_OK) != 0)
+        return "cannot write in the folder " + item.parent_path().string();
+    return {};
+}
+
+} // namespace
+
+std::filesystem::path folderIconFile(const std::filesystem::path& folder) { return folder / "Icon\r"; }
+
+std::string explainCustomIconFailure(const std::filesystem::path& path)
+{
+    std::error_code error;
+    const auto target = std::filesystem::canonical(path, error);
+    if (error)
+        return "no such file or folder";
+    std::string problem = problemWith(target);
+    if (problem.empty() && std::filesystem::is_directory(target, error))
+        problem = problemWith(folderIconFile(target));
+    return problem.empty() ? "the custom icon could not be changed" : problem;
+}
+
+} // namespace quilo::cli

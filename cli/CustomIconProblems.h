@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+// The custom-icon operations answer yes or no; after a no, these find the
+// reason to tell the user.
+namespace quilo::cli {
+
+// Why setting or removing the custom icon of `path` could not be done.
+std::string explainCustomIconFailure(const std::filesystem::path& path);
+
+// The file that holds a folder's custom icon.
+std::filesystem::path folderIconFile(const std::filesystem::path& folder);
+
+} // namespace quilo::cli
