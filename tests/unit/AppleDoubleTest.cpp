@@ -3,6 +3,7 @@
 // reads what we write.
 #include "iconfamily/AppleDouble.h"
 #include "iconfamily/ResourceFork.h"
+#include "tests/support/AttributeArea.h"
 #include "tests/support/Files.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -113,6 +114,31 @@ TEST(AppleDouble, RewriteChangesOnlyFinderInfoAndFork)
         EXPECT_EQ(*reread->entry(id), *AppleDouble::parse(original)->entry(id));
     const auto fork = reread->resourceFork();
     EXPECT_EQ(Bytes(fork->begin(), fork->end()), forkWithIcon());
+}
+
+TEST(AppleDouble, AttributesStayFoundWhenTheFinderInfoHasToMove)
+{
+    // Finder info right after a one-entry header: a fork's descriptor pushes
+    // it 12 bytes on, and the attribute area's offsets must follow it.
+    Bytes original(26 + 12);
+    set32(original, 0, 0x00051607);
+    set32(original, 4, 0x00020000);
+    original[25] = 1;
+    set32(original, 26, 9);
+    set32(original, 30, 38);
+    set32(original, 34, 3760);
+    const Bytes entry = test::finderInfoWithAttribute(38, "com.example.note", "kept");
+    original.insert(original.end(), entry.begin(), entry.end());
+    ASSERT_EQ(test::firstAttributeValue(original), "kept");
+
+    auto sidecar = AppleDouble::parse(original);
+    ASSERT_TRUE(sidecar);
+    sidecar->setResourceFork(forkWithIcon());
+    const Bytes rewritten = sidecar->serialise().value();
+    EXPECT_EQ(at32(rewritten, 30), 50u) << "the Finder info moved";
+    EXPECT_EQ(test::firstAttributeValue(rewritten), "kept");
+    EXPECT_EQ(at32(rewritten, 50 + 34 + 8), 50u + 3760u) << "the area's total size moved too";
+    EXPECT_FALSE(sidecar->holdsNothing()) << "an attribute is something";
 }
 
 TEST(AppleDouble, RefusesSidecarsThatLie)
