@@ -1,0 +1,186 @@
+// set-icon, remove-icon, get-icon and info on real files, and what an
+// interrupted or failing write leaves behind.
+#include "iconfamily/AppleDouble.h"
+#include "iconfamily/IconFamily.h"
+#include "iconfamily/ResourceFork.h"
+#include "tests/cli/RunQuilo.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <random>
+#include <set>
+
+namespace quilo {
+namespace {
+
+using test::Outcome;
+using test::quilo;
+using test::quoted;
+using Bytes = std::vector<std::uint8_t>;
+namespace fs = std::filesystem;
+
+const fs::path kSamples = fs::path(QUILO_SOURCE_DIR) / "samples";
+
+bool contains(const Outcome& outcome, const std::string& text)
+{
+    return outcome.output.find(text) != std::string::npos;
+}
+
+std::set<std::string> listing(const fs::path& folder)
+{
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.insert(entry.path().filename().string());
+    return names;
+}
+
+// The 'icns' -16455 resource of a sidecar, or nullopt when the sidecar or
+// its fork is unreadable or holds none.
+std::optional<Bytes> customIconIn(const fs::path& sidecarPath)
+{
+    const auto sidecar = AppleDouble::parse(test::readFileBytes(sidecarPath));
+    const auto forkBytes = sidecar ? sidecar->resourceFork() : std::nullopt;
+    const auto fork = forkBytes ? parseResourceFork(*forkBytes) : std::nullopt;
+    const Resource* icon = fork ? fork->find(fourCharCode("icns"), kCustomIconResource) : nullptr;
+    return icon ? std::optional(icon->data) : std::nullopt;
+}
+
+class CustomIconCommands : public ::testing::Test {
+protected:
+    CustomIconCommands() { fs::copy_file(kSamples / "hills.jpg", photo_); }
+
+    test::TemporaryDirectory directory_;
+    fs::path photo_ = directory_ / "photo.jpg";
+    fs::path sidecar_ = directory_ / "._photo.jpg";
+};
+
+TEST_F(CustomIconCommands, SetShowGetAndRemoveAFilesIcon)
+{
+    const Bytes picture = test::readFileBytes(photo_);
+    // A picture as the icon: its thumbnails, with the old resources too.
+    ASSERT_EQ(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "lighthouse.png") + " --compatibility").status,
+              0);
+    const Outcome info = quilo("info " + quoted(photo_));
+    EXPECT_EQ(info.status, 0);
+    for (const char* line : {"photo.jpg: file, custom icon: yes", "flags 0x0400 (has custom icon)",
+                             "resource fork: 5 resources", "icns       -16455", "ics#       -16455"})
+        EXPECT_TRUE(contains(info, line)) << line << " not in\n" << info.output;
+    ASSERT_EQ(quilo("get-icon " + quoted(photo_) + " " + quoted(directory_ / "out.icns")).status, 0);
+    EXPECT_EQ(test::readFileBytes(directory_ / "out.icns"), customIconIn(sidecar_));
+
+    // An .icns file as the icon: its bytes, as they are.
+    ASSERT_EQ(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns")).status, 0);
+    ASSERT_EQ(quilo("get-icon " + quoted(photo_) + " " + quoted(directory_ / "out.icns")).status, 0);
+    EXPECT_EQ(test::readFileBytes(directory_ / "out.icns"), test::readFileBytes(kSamples / "pillow.icns"));
+
+    ASSERT_EQ(quilo("remove-icon " + quoted(photo_)).status, 0);
+    const Outcome removed = quilo("info " + quoted(photo_));
+    EXPECT_TRUE(contains(removed, "custom icon: no")) << removed.output;
+    EXPECT_TRUE(contains(removed, "resource fork: 4 resources")) << "the old resources stay\n" << removed.output;
+    EXPECT_EQ(test::readFileBytes(photo_), picture);
+}
+
+TEST_F(CustomIconCommands, AFoldersIconLivesInItsIconFile)
+{
+    const fs::path folder = directory_ / "Holiday";
+    fs::create_directory(folder);
+    ASSERT_EQ(quilo("set-icon " + quoted(folder) + " " + quoted(kSamples / "pillow.icns")).status, 0);
+    EXPECT_EQ(listing(folder), (std::set<std::string>{"Icon\r", "._Icon\r"}));
+    const Outcome info = quilo("info " + quoted(folder));
+    for (const char* line : {"Holiday: folder, custom icon: yes", "icon file \"Icon\\r\":",
+                             "type ????, creator ????, flags 0x4000 (invisible)", "icns       -16455"})
+        EXPECT_TRUE(contains(info, line)) << line << " not in\n" << info.output;
+    ASSERT_EQ(quilo("get-icon " + quoted(folder) + " " + quoted(directory_ / "out.icns")).status, 0);
+    EXPECT_EQ(test::readFileBytes(directory_ / "out.icns"), test::readFileBytes(kSamples / "pillow.icns"));
+
+    const Outcome remove = quilo("remove-icon " + quoted(folder));
+    EXPECT_EQ(remove.status, 1);
+    EXPECT_TRUE(contains(remove, "is a folder")) << remove.output;
+}
+
+TEST_F(CustomIconCommands, EveryFailureSaysWhatAndWhy)
+{
+    const std::string icon = quoted(kSamples / "pillow.icns");
+    const std::pair<std::string, std::string> failures[] = {
+        {"set-icon " + quoted(directory_ / "absent.jpg") + " " + icon, "absent.jpg: no such file or folder"},
+        {"set-icon " + quoted(photo_) + " " + quoted(directory_ / "absent.png"),
+         "absent.png: neither an .icns file nor a picture Quilo can read"},
+        {"remove-icon " + quoted(photo_), "photo.jpg: has no resource fork, so no custom icon to remove"},
+        {"get-icon " + quoted(photo_) + " " + quoted(directory_ / "out.icns"), "photo.jpg: has no custom icon"},
+        {"info " + quoted(directory_ / "absent"), "absent: no such file or folder"},
+    };
+    for (const auto& [arguments, message] : failures) {
+        const Outcome outcome = quilo(arguments);
+        EXPECT_EQ(outcome.status, 1) << arguments;
+        EXPECT_TRUE(contains(outcome, message)) << message << " not in\n" << outcome.output;
+    }
+    EXPECT_EQ(listing(directory_.path()), (std::set<std::string>{"photo.jpg"})) << "nothing made on the way";
+    for (const char* usage : {"set-icon", "set-icon a", "remove-icon", "get-icon a", "set-icon a b --colour red"})
+        EXPECT_EQ(quilo(usage).status, 2) << usage;
+}
+
+TEST_F(CustomIconCommands, ADamagedSidecarIsReportedAndLeftAsItIs)
+{
+    const Bytes damaged{0x00, 0x05, 0x16, 0x07, 0x00, 0x02, 0x00, 0x00, 'c', 'u', 't'};
+    test::writeFileBytes(sidecar_, damaged);
+    for (const std::string& command : {"set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns"),
+                                      "remove-icon " + quoted(photo_), "info " + quoted(photo_)}) {
+        const Outcome outcome = quilo(command);
+        EXPECT_EQ(outcome.status, 1) << command;
+        EXPECT_TRUE(contains(outcome, sidecar_.string())) << outcome.output;
+    }
+    EXPECT_TRUE(contains(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns")),
+                         "is damaged or not one Quilo can read; it was left as it is"));
+    EXPECT_EQ(test::readFileBytes(sidecar_), damaged);
+}
+
+TEST_F(CustomIconCommands, AWriteThatFailsLeavesTheOldSidecarWhole)
+{
+    ASSERT_EQ(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns")).status, 0);
+    const Bytes before = test::readFileBytes(sidecar_);
+    // Files may not grow past 2 KB: the new sidecar cannot be written.
+    const Outcome outcome = quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "shapes-png2icns.icns"),
+                                  "ulimit -f 4; trap '' XFSZ;");
+    EXPECT_EQ(outcome.status, 1) << outcome.output;
+    EXPECT_EQ(test::readFileBytes(sidecar_), before);
+    EXPECT_EQ(listing(directory_.path()), (std::set<std::string>{"photo.jpg", "._photo.jpg"})) << "no temporary left";
+}
+
+// Kills set-icon at random moments of its work, over and over: whatever
+// moment it dies, the sidecar is the old one or the new one, never a mixture.
+TEST_F(CustomIconCommands, KilledAtAnyMomentTheSidecarIsOldOrNew)
+{
+    const fs::path icons[] = {kSamples / "pillow.icns", kSamples / "shapes-png2icns.icns"};
+    const Bytes families[] = {test::readFileBytes(icons[0]), test::readFileBytes(icons[1])};
+    std::mt19937 random(20261122);
+    std::uniform_int_distribution<int> delayMicroseconds(0, 8000);
+    int killedMidway = 0;
+    for (int round = 0; round < 200; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::execl(QUILO_BINARY, "quilo", "set-icon", photo_.c_str(), icons[round % 2].c_str(), nullptr);
+            ::_exit(127);
+        }
+        ::usleep(useconds_t(delayMicroseconds(random)));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        killedMidway += WIFSIGNALED(status);
+        if (!fs::exists(sidecar_))
+            continue; // killed before its first write
+        const auto icon = customIconIn(sidecar_);
+        ASSERT_TRUE(icon) << "round " << round << ": a sidecar that does not read back";
+        ASSERT_TRUE(*icon == families[0] || *icon == families[1]) << "round " << round;
+    }
+    EXPECT_GT(killedMidway, 50) << "the kills should land while it works";
+    // A kill between writing the temporary file and renaming it leaves the
+    // temporary; nothing else may be there.
+    for (const std::string& name : listing(directory_.path()))
+        EXPECT_TRUE(name == "photo.jpg" || name == "._photo.jpg" || name.rfind(".._photo.jpg.quilo-", 0) == 0) << name;
+}
+
+} // namespace
+} // namespace quilo
