@@ -19,6 +19,10 @@ struct Command {
     int (*run)(const Arguments& arguments);
 };
 
+// The path as it can be shown on a terminal: control characters (the
+// carriage return ending "Icon\r", for one) written as escapes.
+std::string displayPath(const std::string& path);
+
 // Makes the folder a command writes into (and its parents); says why not on
 // stderr when it cannot.
 bool makeOutputDirectory(const char* command, const std::string& directory);

@@ -1,5 +1,6 @@
 #include "cli/CustomIconReport.h"
 
+#include "cli/Command.h"
 #include "cli/CustomIconProblems.h"
 #include "iconfamily/ForkStore.h"
 #include "iconfamily/IconFamily.h"
@@ -62,12 +63,12 @@ bool printCustomIconState(const std::filesystem::path& path)
     std::error_code error;
     const auto target = std::filesystem::canonical(path, error);
     if (error) {
-        std::fprintf(stderr, "quilo info: %s: no such file or folder\n", path.c_str());
+        std::fprintf(stderr, "quilo info: %s: no such file or folder\n", displayPath(path).c_str());
         return false;
     }
     const bool isFolder = std::filesystem::is_directory(target, error);
     const bool hasIcon = IconFamily::iconFamilyWithIconOfFile(target) != nullptr;
-    std::printf("%s: %s, custom icon: %s\n", path.c_str(), isFolder ? "folder" : "file", hasIcon ? "yes" : "no");
+    std::printf("%s: %s, custom icon: %s\n", displayPath(path).c_str(), isFolder ? "folder" : "file", hasIcon ? "yes" : "no");
     bool readable = printFinderInfo(target, "  ");
     if (!isFolder)
         return printResourceFork(target, "  ") && readable;

@@ -25,12 +25,12 @@ int run(const Arguments& arguments)
     const std::filesystem::path output = arguments.positionals[1];
     std::error_code error;
     if (!std::filesystem::exists(path, error)) {
-        std::fprintf(stderr, "quilo get-icon: %s: no such file or folder\n", path.c_str());
+        std::fprintf(stderr, "quilo get-icon: %s: no such file or folder\n", displayPath(path).c_str());
         return kExitFailure;
     }
     const auto family = IconFamily::iconFamilyWithIconOfFile(path);
     if (!family) {
-        std::fprintf(stderr, "quilo get-icon: %s: has no custom icon\n", path.c_str());
+        std::fprintf(stderr, "quilo get-icon: %s: has no custom icon\n", displayPath(path).c_str());
         return kExitFailure;
     }
     if (!writeFileAtomically(output, family->iconFamilyHandle())) {

@@ -42,7 +42,8 @@ int run(const Arguments& arguments)
         std::error_code error;
         if (!std::filesystem::is_directory(path, error) && IconFamily::removeCustomIconFromFile(path))
             continue;
-        std::fprintf(stderr, "quilo remove-icon: %s: %s\n", path.c_str(), whyNotRemoved(path).c_str());
+        std::fprintf(stderr, "quilo remove-icon: %s: %s\n", displayPath(path).c_str(),
+                     displayPath(whyNotRemoved(path)).c_str());
         allRemoved = false;
     }
     return allRemoved ? kExitSuccess : kExitFailure;

@@ -56,7 +56,8 @@ int run(const Arguments& arguments)
                        ? family->setAsCustomIconForDirectory(path, compatibility)
                        : family->setAsCustomIconForFile(path, compatibility);
     if (!set) {
-        std::fprintf(stderr, "quilo set-icon: %s: %s\n", path.c_str(), explainCustomIconFailure(path).c_str());
+        std::fprintf(stderr, "quilo set-icon: %s: %s\n", displayPath(path).c_str(),
+                     displayPath(explainCustomIconFailure(path)).c_str());
         return kExitFailure;
     }
     return kExitSuccess;

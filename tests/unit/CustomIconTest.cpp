@@ -4,6 +4,7 @@
 #include "iconfamily/IconElementTypes.h"
 #include "iconfamily/IconFamily.h"
 #include "iconfamily/ResourceFork.h"
+#include "iconfamily/ResourceManager.h"
 #include "tests/support/AttributeArea.h"
 #include "tests/support/Files.h"
 #include "tests/support/RecordingForkStore.h"
@@ -55,7 +56,8 @@ AppleDouble readSidecar(const fs::path& item)
 
 ResourceFork readFork(const fs::path& item)
 {
-    const auto bytes = readSidecar(item).resourceFork();
+    const AppleDouble sidecar = readSidecar(item);
+    const auto bytes = sidecar.resourceFork();
     const auto fork = bytes ? parseResourceFork(*bytes) : std::nullopt;
     if (!fork)
         throw std::runtime_error("no readable fork for " + item.string());
@@ -341,6 +343,48 @@ TEST_F(CustomIcon, AnUnreadableSidecarIsNeverWrittenOver)
     test::writeFileBytes(sidecarOf(file_), forkless);
     EXPECT_FALSE(familyOf(60).setAsCustomIconForFile(file_));
     EXPECT_EQ(test::readFileBytes(sidecarOf(file_)), forkless);
+}
+
+TEST_F(CustomIcon, FileReferencesNameWhatExistsAndMakeEmptyFilesOnlyWhenAsked)
+{
+    FSRef ref;
+    FSSpec spec;
+    EXPECT_FALSE(getFSRef(directory_ / "new.txt", ref, false));
+    EXPECT_FALSE(fs::exists(directory_ / "new.txt"));
+    ASSERT_TRUE(getFSSpec(directory_ / "new.txt", spec, true));
+    EXPECT_EQ(fs::file_size(directory_ / "new.txt"), 0u);
+    EXPECT_EQ(spec.path(), fs::canonical(directory_ / "new.txt"));
+
+    fs::create_directory(directory_ / "folder");
+    ASSERT_TRUE(getFSRef(directory_ / "folder", ref, true)) << "a folder is referred to, nothing made";
+    EXPECT_TRUE(fs::is_directory(ref.path));
+    EXPECT_FALSE(getFSRef(directory_ / "no" / "such.txt", ref, true)) << "no folder to make it in";
+    EXPECT_EQ(FSGetCatalogInfo(FSRef{"/"}, &spec, nullptr), fnfErr) << "the root has no folder";
+}
+
+TEST_F(CustomIcon, AnElementGoesIntoTheCurrentResourceFileOnlyWhenTheFamilyHasIt)
+{
+    const IconFamily family = familyOf(70, {kSmall8BitData});
+    FSSpec spec;
+    ASSERT_TRUE(getFSSpec(file_, spec, false));
+    FSpCreateResFile(spec, 0, 0, smSystemScript);
+    ASSERT_EQ(ResError(), noErr);
+    FSpCreateResFile(spec, 0, 0, smSystemScript);
+    EXPECT_EQ(ResError(), dupFNErr);
+
+    const ResFileRefNum file = FSpOpenResFile(spec, fsRdWrPerm);
+    ASSERT_NE(file, kResFileNotOpened);
+    EXPECT_TRUE(family.addResourceType(kLarge1BitMask, 128));
+    EXPECT_TRUE(family.addResourceType(kLarge1BitMask, 128)) << "the Resource Manager's refusal is not looked at";
+    EXPECT_EQ(ResError(), addResFailed);
+    EXPECT_FALSE(family.addResourceType(kSmall8BitData, 128));
+    CloseResFile(file);
+    EXPECT_EQ(ResError(), noErr);
+    EXPECT_EQ(resourceList(readFork(file_)), (std::vector<std::pair<std::string, int>>{{"ICN#", 128}}));
+
+    EXPECT_TRUE(family.addResourceType(kLarge8BitData, 128)) << "no current file: added nowhere";
+    EXPECT_EQ(ResError(), addResFailed);
+    EXPECT_EQ(resourceList(readFork(file_)), (std::vector<std::pair<std::string, int>>{{"ICN#", 128}}));
 }
 
 } // namespace
