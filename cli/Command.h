@@ -33,5 +33,8 @@ const Command& icnsCommand();
 const Command& setIconCommand();
 const Command& removeIconCommand();
 const Command& getIconCommand();
+const Command& createThumbnailsCommand();
+const Command& restoreThumbnailsCommand();
+const Command& saveAsIcnsCommand();
 
 } // namespace quilo::cli

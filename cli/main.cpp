@@ -12,14 +12,14 @@ std::vector<const Command*> commands()
 {
     using namespace quilo::cli;
     return {&icnsCommand(), &infoCommand(), &extractCommand(), &setIconCommand(), &removeIconCommand(),
-            &getIconCommand()};
+            &getIconCommand(), &createThumbnailsCommand(), &restoreThumbnailsCommand(), &saveAsIcnsCommand()};
 }
 
 void printOverview(std::FILE* to)
 {
     std::fprintf(to, "Usage: quilo COMMAND [ARGUMENTS]\n\nCommands:\n");
     for (const Command* command : commands())
-        std::fprintf(to, "  %-12s %s\n", command->name, command->summary);
+        std::fprintf(to, "  %-19s %s\n", command->name, command->summary);
     std::fprintf(to, "\nRun 'quilo COMMAND --help' for a command's arguments.\n");
 }
 

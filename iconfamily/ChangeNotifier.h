@@ -12,6 +12,8 @@ class ChangeNotifier {
 public:
     virtual ~ChangeNotifier() = default;
     virtual OSErr directoryModified(const std::filesystem::path& folder) = 0;
+    // A job's word that it changed the item; nothing is reported back.
+    virtual void noteFileSystemChanged(const std::filesystem::path& item) = 0;
 };
 
 ChangeNotifier& changeNotifier();

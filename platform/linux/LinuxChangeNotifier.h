@@ -9,6 +9,7 @@ namespace quilo {
 class LinuxChangeNotifier final : public ChangeNotifier {
 public:
     OSErr directoryModified(const std::filesystem::path&) override { return noErr; }
+    void noteFileSystemChanged(const std::filesystem::path&) override {}
 };
 
 } // namespace quilo
