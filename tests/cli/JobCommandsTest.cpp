@@ -1,0 +1,152 @@
+// The thumbnail jobs from the command line: a real process over real files.
+#include "iconfamily/IconFamily.h"
+#include "tests/cli/RunQuilo.h"
+#include "tests/support/Files.h"
+#include "tests/support/TemporaryDirectory.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <set>
+#include <cstdio>
+#include <sys/stat.h>
+
+namespace quilo {
+namespace {
+
+using test::Outcome;
+using test::quilo;
+using test::quoted;
+using Bytes = std::vector<std::uint8_t>;
+namespace fs = std::filesystem;
+
+const fs::path kSamples = fs::path(QUILO_SOURCE_DIR) / "samples";
+
+class JobCommands : public ::testing::Test {
+protected:
+    JobCommands()
+    {
+        ::setenv("XDG_CONFIG_HOME", (directory_ / "config").c_str(), 1); // factory defaults only
+        for (const char* name : {"a.jpg", "b.jpg"})
+            fs::copy_file(kSamples / "hills.jpg", directory_ / name);
+    }
+
+    std::string picturesArgument(const std::vector<std::string>& names) const
+    {
+        std::string argument;
+        for (const std::string& name : names)
+            argument += " " + quoted(directory_ / name);
+        return argument;
+    }
+
+    bool hasIcon(const char* name) const { return IconFamily::iconFamilyWithIconOfFile(directory_ / name) != nullptr; }
+
+    test::TemporaryDirectory directory_;
+};
+
+TEST_F(JobCommands, CreateAndRestoreWalkTheSelectionBackwards)
+{
+    const Outcome created = quilo("create-thumbnails" + picturesArgument({"a.jpg", "b.jpg"}));
+    EXPECT_EQ(created.status, 0) << created.output;
+    EXPECT_LT(created.output.find("[1/2] b.jpg"), created.output.find("[2/2] a.jpg")) << created.output;
+    EXPECT_TRUE(hasIcon("a.jpg") && hasIcon("b.jpg"));
+
+    const Outcome restored = quilo("restore-thumbnails" + picturesArgument({"a.jpg", "b.jpg"}));
+    EXPECT_EQ(restored.status, 0) << restored.output;
+    EXPECT_TRUE(restored.output.find("Restoring Thumbnails...") != std::string::npos);
+    EXPECT_FALSE(hasIcon("a.jpg") || hasIcon("b.jpg"));
+}
+
+TEST_F(JobCommands, AlertsEndWithTheirTextAndAFailingStatus)
+{
+    test::writeFileBytes(directory_ / "notes.txt", Bytes{'x'});
+    const Outcome refused = quilo("create-thumbnails" + picturesArgument({"a.jpg", "notes.txt"}));
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.output.find("quilo create-thumbnails: Not an Image: One or more of the selected files is not an "
+                                  "image and will not be processed."),
+              std::string::npos)
+        << refused.output;
+    EXPECT_FALSE(hasIcon("a.jpg"));
+    EXPECT_EQ(quilo("create-thumbnails").status, 2);
+    EXPECT_EQ(quilo("create-thumbnails x.jpg --keep-dates --no-keep-dates").status, 2);
+    EXPECT_EQ(quilo("save-as-icns x.jpg").status, 2);
+}
+
+TEST_F(JobCommands, SaveAsIcnsKeepsItsSlot)
+{
+    const Outcome saved = quilo("save-as-icns" + picturesArgument({"b.jpg", "a.jpg"}) + " --output " +
+                                quoted(directory_ / "out"));
+    EXPECT_EQ(saved.status, 0) << saved.output;
+    EXPECT_FALSE(fs::exists(directory_ / "out/a.icns"));
+    EXPECT_EQ(test::readFileBytes(directory_ / "out/b.icns"),
+              IconFamily::iconFamilyWithIconOfFile(directory_ / "a.jpg")->iconFamilyHandle());
+}
+
+TEST_F(JobCommands, AReadOnlyFolderLeavesEveryFileAsItWas)
+{
+    const Bytes before = test::readFileBytes(directory_ / "a.jpg");
+    fs::permissions(directory_.path(), fs::perms(0755));
+    fs::create_directory(directory_ / "locked");
+    for (const char* name : {"a.jpg", "b.jpg"})
+        fs::copy_file(directory_ / name, directory_ / "locked" / name);
+    fs::permissions(directory_ / "locked", fs::perms(0555));
+    // Root writes anywhere: the job then runs as nobody.
+    const std::string asUser = ::geteuid() == 0 ? "runuser -u nobody -- " : "";
+    const std::string line = asUser + QUILO_BINARY + " create-thumbnails " + quoted(directory_ / "locked/a.jpg") + " " +
+                             quoted(directory_ / "locked/b.jpg") + " >/dev/null 2>&1";
+    EXPECT_EQ(std::system(line.c_str()), 0) << "the job runs; the failures are the files' own";
+    EXPECT_EQ((std::set<std::string>{"a.jpg", "b.jpg"}), [&] {
+        std::set<std::string> names;
+        for (const auto& entry : fs::directory_iterator(directory_ / "locked"))
+            names.insert(entry.path().filename().string());
+        return names;
+    }());
+    EXPECT_EQ(test::readFileBytes(directory_ / "locked/a.jpg"), before);
+    fs::permissions(directory_ / "locked", fs::perms(0755));
+}
+
+// Ctrl-C is the Stop button: the picture in hand is finished, no other is begun.
+TEST_F(JobCommands, InterruptStopsBetweenPictures)
+{
+    std::vector<std::string> names;
+    for (int i = 0; i < 40; ++i) {
+        names.push_back("p" + std::to_string(i) + ".jpg");
+        fs::copy_file(kSamples / "hills.jpg", directory_ / names.back());
+    }
+    std::string command = std::string(QUILO_BINARY) + " create-thumbnails" + picturesArgument(names) + " 2>&1";
+    int pipeEnds[2];
+    ASSERT_EQ(::pipe(pipeEnds), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(pipeEnds[1], STDOUT_FILENO);
+        ::close(pipeEnds[0]);
+        ::execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
+        ::_exit(127);
+    }
+    ::close(pipeEnds[1]);
+    std::string output;
+    char buffer[256];
+    bool interrupted = false;
+    for (ssize_t got; (got = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
+        output.append(buffer, std::size_t(got));
+        if (!interrupted && output.find("[2/40]") != std::string::npos) {
+            ::kill(child, SIGINT);
+            interrupted = true;
+        }
+    }
+    ::close(pipeEnds[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << output;
+    int started = 0, iconed = 0;
+    for (std::size_t at = 0; (at = output.find("Processing ", at)) != std::string::npos; ++at)
+        ++started;
+    for (const std::string& name : names)
+        iconed += hasIcon(name.c_str());
+    EXPECT_LT(started, 40) << output;
+    EXPECT_EQ(iconed, started) << "every picture begun was finished";
+}
+
+} // namespace
+} // namespace quilo
