@@ -103,15 +103,14 @@ void expectLsarAgrees(const Fields& entry, const Item& item, const Sidecar& ours
     EXPECT_EQ(byteCount(field(entry, "Size")), ours.fork.size());
 }
 
-void skipWithoutTheUnarchiver()
+bool hasTheUnarchiver()
 {
-    if (!installed("lsar") || !installed("unar") || !installed("zip"))
-        GTEST_SKIP() << "lsar, unar or zip is not installed (scripts/setup installs them)";
+    return installed("lsar") && installed("unar") && installed("zip");
 }
 
 TEST(TheUnarchiverReadsOurSidecars, InAZipAsAMacPacksThem)
 {
-    skipWithoutTheUnarchiver();
+    ASSERT_TRUE(hasTheUnarchiver()) << "lsar, unar or zip is not installed (scripts/setup installs them)";
     if (IsSkipped())
         return;
     TemporaryDirectory directory;
@@ -159,7 +158,7 @@ TEST(TheUnarchiverReadsOurSidecars, InAZipAsAMacPacksThem)
 
 TEST(TheUnarchiverReadsOurSidecars, ASidecarOnItsOwn)
 {
-    skipWithoutTheUnarchiver();
+    ASSERT_TRUE(hasTheUnarchiver()) << "lsar, unar or zip is not installed (scripts/setup installs them)";
     if (IsSkipped())
         return;
     TemporaryDirectory directory;

@@ -23,7 +23,7 @@ std::string exifToolResourceLines(const ForkResource& resource)
 TEST(ExifToolReadsOurSidecars, FileFolderAndIconFile)
 {
     if (!installed("exiftool"))
-        GTEST_SKIP() << "exiftool is not installed (scripts/setup installs it)";
+        FAIL() << "exiftool is not installed (scripts/setup installs it)";
     TemporaryDirectory directory;
     const CustomIconTree tree(directory.path());
     for (const auto& item : {tree.photo, tree.folder, tree.iconFile}) {

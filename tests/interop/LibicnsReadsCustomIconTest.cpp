@@ -39,7 +39,7 @@ void expectLibicnsShows(const std::filesystem::path& icns, const std::vector<Dec
 TEST(LibicnsReadsCustomIcon, OfAFileAndOfAFolder)
 {
     if (!installed("icns2png"))
-        GTEST_SKIP() << "icns2png is not installed (scripts/setup installs icnsutils)";
+        FAIL() << "icns2png is not installed (scripts/setup installs icnsutils)";
     TemporaryDirectory directory;
     const CustomIconTree tree(directory / "tree");
     struct Case {

@@ -225,7 +225,7 @@ std::vector<std::uint8_t> finderInfoOf(const std::vector<std::uint8_t>& afpInfo)
 TEST(SambaServesOurSidecars, FinderInfoAndForksOfAFileAndAFolder)
 {
     if (!installed("smbd") || !installed("smbclient"))
-        GTEST_SKIP() << "smbd or smbclient is not installed (scripts/setup installs samba and smbclient)";
+        FAIL() << "smbd or smbclient is not installed (scripts/setup installs samba and smbclient)";
     ASSERT_EQ(::geteuid(), 0u) << "smbd serves shares only when started as root";
     ScratchDirectory scratch;
     const CustomIconTree tree(scratch / "tree");
