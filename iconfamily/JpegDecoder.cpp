@@ -3,6 +3,7 @@
 #include "iconfamily/DecodeScale.h"
 #include "iconfamily/ExifOrientation.h"
 #include "iconfamily/Orientation.h"
+#include "iconfamily/ProgressiveDcDecoder.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -60,19 +61,6 @@ int orientationOf(const jpeg_decompress_struct& info)
     return 1;
 }
 
-bool hasEveryDc(const jpeg_decompress_struct& info)
-{
-    for (int c = 0; c < info.num_components; ++c)
-        if (info.coef_bits[c][0] < 0)
-            return false;
-    return true;
-}
-
-bool consumedWholeInput(int status)
-{
-    return status == JPEG_REACHED_EOI || status == JPEG_SUSPENDED;
-}
-
 // A file cut short ends without its end-of-image marker. The marker cannot
 // occur inside compressed data (0xFF is always escaped there), so finding it
 // near the end is proof enough without decoding what lies before it.
@@ -90,6 +78,19 @@ bool endsWithEndOfImage(std::FILE* file)
         if (tail[i - 1] == 0xFF && tail[i] == 0xD9)
             return true;
     return false;
+}
+
+// The decoded bitmap turned upright, in an image sized as the whole picture
+// (upright too).
+JpegDecodeResult decodedImage(BitmapImageRep stored, int orientation, int storedWide, int storedHigh)
+{
+    const bool swap = orientationSwapsAxes(orientation);
+    const int fullWide = swap ? storedHigh : storedWide;
+    const int fullHigh = swap ? storedWide : storedHigh;
+    Image image(fullWide, fullHigh);
+    image.setPixelSize(fullWide, fullHigh);
+    image.addRepresentation(orientedUpright(std::move(stored), orientation));
+    return {JpegDecodeResult::Outcome::Decoded, std::move(image), {}};
 }
 
 struct Decompressor {
@@ -136,27 +137,13 @@ bool decodeInto(Decompressor& d, int wantedSide, Decoded& decoded)
     d.info.scale_num = 1;
     d.info.scale_denom = unsigned(jpegScaleDenominator(int(std::max(d.info.image_width, d.info.image_height)), wantedSide));
     d.info.out_color_space = JCS_EXT_RGBA;
-    // At an eighth, a pixel is its block's DC coefficient alone, and a
-    // progressive file sends every DC in its first scans: the rest of the
-    // file (most of it) need not be decoded at all.
-    const bool dcOnly = d.info.scale_denom == 8 && jpeg_has_multiple_scans(&d.info);
-    d.info.buffered_image = dcOnly ? TRUE : FALSE;
-    d.info.do_block_smoothing = FALSE;
     jpeg_start_decompress(&d.info);
-    if (dcOnly) {
-        while (!hasEveryDc(d.info) && !consumedWholeInput(jpeg_consume_input(&d.info)))
-            ;
-        jpeg_start_output(&d.info, d.info.input_scan_number);
-    }
     decoded.rep.emplace(BitmapImageRep::rgba(int(d.info.output_width), int(d.info.output_height)));
     while (d.info.output_scanline < d.info.output_height) {
         JSAMPROW row = decoded.rep->row(int(d.info.output_scanline));
         jpeg_read_scanlines(&d.info, &row, 1);
     }
-    if (dcOnly)
-        jpeg_finish_output(&d.info);
-    else
-        jpeg_finish_decompress(&d.info);
+    jpeg_finish_decompress(&d.info);
     return true;
 }
 
@@ -179,24 +166,28 @@ JpegDecodeResult decodeJpeg(const std::filesystem::path& path, int wantedSide)
     d.file = std::fopen(path.c_str(), "rb");
     if (!d.file)
         return failed("cannot open the file");
-    Decoded decoded;
     if (!endsWithEndOfImage(d.file))
         return failed("cannot decode: the file is cut short");
+
+    // libjpeg would keep every coefficient of a progressive picture in
+    // memory even to show an eighth of it.
+    DcDecodeResult dc = decodeProgressiveDc(d.file, wantedSide);
+    if (dc.outcome == DcDecodeResult::Outcome::Decoded)
+        return decodedImage(std::move(*dc.rep), dc.orientation, dc.pixelsWide, dc.pixelsHigh);
+    if (dc.outcome == DcDecodeResult::Outcome::Failed)
+        return failed("cannot decode: " + dc.error);
+    // The rest, with the rare progressive files ours leaves alone
+    // (arithmetic-coded, RGB, CMYK), libjpeg decodes whole at its scale.
+    std::rewind(d.file);
+    Decoded decoded;
     if (!decodeInto(d, wantedSide, decoded))
         return failed(std::string("cannot decode: ") + d.errors.message);
     if (decoded.notHandled)
         return {JpegDecodeResult::Outcome::NotHandled, std::nullopt, {}};
     if (d.errors.firstWarning != 0)
         return failed(std::string("cannot decode: ") + d.errors.message);
-
-    const int orientation = decoded.orientation;
-    const bool swap = orientationSwapsAxes(orientation);
-    const int fullWide = int(swap ? d.info.image_height : d.info.image_width);
-    const int fullHigh = int(swap ? d.info.image_width : d.info.image_height);
-    Image image(fullWide, fullHigh);
-    image.setPixelSize(fullWide, fullHigh);
-    image.addRepresentation(orientedUpright(std::move(*decoded.rep), orientation));
-    return {JpegDecodeResult::Outcome::Decoded, std::move(image), {}};
+    return decodedImage(std::move(*decoded.rep), decoded.orientation, int(d.info.image_width),
+                        int(d.info.image_height));
 }
 
 } // namespace quilo

@@ -11,7 +11,9 @@ namespace quilo {
 
 // JPEG pictures straight through libjpeg-turbo's scaled decoding: for a
 // thumbnail it decodes at an eighth, a quarter or a half of the size, which
-// is as fast as a JPEG can be read.
+// is as fast as a JPEG can be read. A progressive JPEG wanted at an eighth is
+// read from its DC scans alone by a decoder of our own (ProgressiveDcDecoder),
+// in a few MB where libjpeg would keep every coefficient.
 struct JpegDecodeResult {
     enum class Outcome {
         Decoded,

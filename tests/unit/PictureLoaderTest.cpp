@@ -121,15 +121,16 @@ TEST(PictureLoader, ReadsAProgressiveJpegFromItsFirstScansAlone)
     const auto a = baseline.image->bestRepresentation()->bytes();
     const auto b = progressive.image->bestRepresentation()->bytes();
     ASSERT_EQ(a.size(), b.size());
-    // The DC coefficients arrive a bit short of their final precision.
+    // libjpeg scales the subsampled chroma of the baseline file up with
+    // some of its AC coefficients; the progressive one shows the DC alone.
     int largest = 0;
     long total = 0;
     for (std::size_t i = 0; i < a.size(); ++i) {
         largest = std::max(largest, std::abs(int(a[i]) - int(b[i])));
         total += std::abs(int(a[i]) - int(b[i]));
     }
-    EXPECT_LE(largest, 12);
-    EXPECT_LT(double(total) / double(a.size()), 1.5);
+    EXPECT_LE(largest, 10);
+    EXPECT_LT(double(total) / double(a.size()), 1.0);
 
     const auto bytes = test::readFileBytes(directory / "progressive.jpg");
     test::writeFileBytes(directory / "cut.jpg", std::span(bytes).first(bytes.size() * 3 / 4));
