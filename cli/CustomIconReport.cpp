@@ -68,7 +68,8 @@ bool printCustomIconState(const std::filesystem::path& path)
     }
     const bool isFolder = std::filesystem::is_directory(target, error);
     const bool hasIcon = IconFamily::iconFamilyWithIconOfFile(target) != nullptr;
-    std::printf("%s: %s, custom icon: %s\n", displayPath(path).c_str(), isFolder ? "folder" : "file", hasIcon ? "yes" : "no");
+    std::printf("%s: %s, custom icon: %s\n", displayPath(path).c_str(), isFolder ? "folder" : "file",
+                hasIcon ? "yes" : "no");
     bool readable = printFinderInfo(target, "  ");
     if (!isFolder)
         return printResourceFork(target, "  ") && readable;

@@ -56,7 +56,8 @@ bool printFamily(const std::string& path)
 bool isIcnsName(const std::filesystem::path& path)
 {
     std::string extension = path.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(), [](unsigned char c) { return std::tolower(c); });
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return char(std::tolower(c)); });
     return extension == ".icns";
 }
 
@@ -87,7 +88,8 @@ int run(const Arguments& arguments)
 
 const Command& infoCommand()
 {
-    static const Command command{"info", "list the elements of .icns files, or show a file's custom icon", kHelp, {}, &run};
+    static const Command command{"info", "list the elements of .icns files, or show a file's custom icon", kHelp, {},
+                                 &run};
     return command;
 }
 

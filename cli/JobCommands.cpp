@@ -89,19 +89,21 @@ int saveAsIcns(const Arguments& arguments)
     return runJob("save-as-icns", kSaveAsICNS, arguments, QString::fromStdString(*output));
 }
 
-const std::string kCreateHelp = std::string(R"(Usage: quilo create-thumbnails PICTURE... [--keep-dates | --no-keep-dates]
+const std::string kCreateHelp = std::string(R"(Usage: quilo create-thumbnails PICTURE... [--keep-dates|--no-keep-dates]
 
 Gives each picture its thumbnails as its custom icon (see quilo set-icon), as
 the tray application's "Create Thumbnails" does.
 )") + kCommonOptions;
 
-const std::string kRestoreHelp = std::string(R"(Usage: quilo restore-thumbnails PICTURE... [--keep-dates | --no-keep-dates]
+const std::string kRestoreHelp = std::string(R"(Usage: quilo restore-thumbnails PICTURE...
+                                [--keep-dates|--no-keep-dates]
 
 Takes each picture's custom icon off, as the tray application's "Restore
 Thumbnails" does.
 )") + kCommonOptions;
 
-const std::string kSaveHelp = std::string(R"(Usage: quilo save-as-icns PICTURE... --output DIR [--keep-dates | --no-keep-dates]
+const std::string kSaveHelp = std::string(R"(Usage: quilo save-as-icns PICTURE... --output DIR
+                          [--keep-dates|--no-keep-dates]
 
 The tray application's "Save as ICNS Files", with DIR as the chosen folder,
 quirks included: each picture's .icns file holds the thumbnails of the

@@ -25,18 +25,18 @@ bool getFSRef(const std::filesystem::path& path, FSRef& ref, bool createFileIfNe
     return true;
 }
 
-bool getFSSpec(const std::filesystem::path& path, FSSpec& spec, bool createFileIfNecessary)
+bool getFSSpec(const std::filesystem::path& path, FSSpec& fileSpec, bool createFileIfNecessary)
 {
     FSRef ref;
-    return getFSRef(path, ref, createFileIfNecessary) && FSGetCatalogInfo(ref, &spec, nullptr) == noErr;
+    return getFSRef(path, ref, createFileIfNecessary) && FSGetCatalogInfo(ref, &fileSpec, nullptr) == noErr;
 }
 
-OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* spec, FSRef* parentRef)
+OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* fileSpec, FSRef* parentRef)
 {
     if (ref.path.empty() || !ref.path.has_relative_path())
         return fnfErr; // the root has no folder
-    if (spec)
-        *spec = {ref.path.parent_path(), ref.path.filename()};
+    if (fileSpec)
+        *fileSpec = {ref.path.parent_path(), ref.path.filename()};
     if (parentRef)
         parentRef->path = ref.path.parent_path();
     return noErr;
@@ -49,8 +49,14 @@ OSErr FSSetCatalogFinderInfo(const FSRef& ref, const FinderInfo& info)
     return forkStore().writeFinderInfo(ref.path, info);
 }
 
-OSErr FSpGetFInfo(const FSSpec& spec, FinderInfo& info) { return forkStore().readFinderInfo(spec.path(), info); }
+OSErr FSpGetFInfo(const FSSpec& fileSpec, FinderInfo& info)
+{
+    return forkStore().readFinderInfo(fileSpec.path(), info);
+}
 
-OSErr FSpSetFInfo(const FSSpec& spec, const FinderInfo& info) { return forkStore().writeFinderInfo(spec.path(), info); }
+OSErr FSpSetFInfo(const FSSpec& fileSpec, const FinderInfo& info)
+{
+    return forkStore().writeFinderInfo(fileSpec.path(), info);
+}
 
 } // namespace quilo

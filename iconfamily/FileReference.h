@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-// File references and specifications from POSIX paths, and the Finder info
+// File references (FSRef, FSSpec) from POSIX paths, and the Finder info
 // behind them.
 namespace quilo {
 
@@ -27,17 +27,17 @@ struct FSSpec {
 // creation is asked for, an empty file is made first. False when there is
 // nothing to refer to.
 bool getFSRef(const std::filesystem::path& path, FSRef& ref, bool createFileIfNecessary);
-// The same as a specification.
-bool getFSSpec(const std::filesystem::path& path, FSSpec& spec, bool createFileIfNecessary);
+// The same as an FSSpec.
+bool getFSSpec(const std::filesystem::path& path, FSSpec& fileSpec, bool createFileIfNecessary);
 
-// FSGetCatalogInfo: the item's specification and its folder's reference.
+// FSGetCatalogInfo: the item's FSSpec and its folder's reference.
 // fnfErr for an item with no folder (the root).
-OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* spec, FSRef* parentRef);
+OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* fileSpec, FSRef* parentRef);
 // FSGetCatalogInfo and FSSetCatalogInfo with kFSCatInfoFinderInfo.
 OSErr FSGetCatalogFinderInfo(const FSRef& ref, FinderInfo& info);
 OSErr FSSetCatalogFinderInfo(const FSRef& ref, const FinderInfo& info);
 // FSpGetFInfo and FSpSetFInfo.
-OSErr FSpGetFInfo(const FSSpec& spec, FinderInfo& info);
-OSErr FSpSetFInfo(const FSSpec& spec, const FinderInfo& info);
+OSErr FSpGetFInfo(const FSSpec& fileSpec, FinderInfo& info);
+OSErr FSpSetFInfo(const FSSpec& fileSpec, const FinderInfo& info);
 
 } // namespace quilo

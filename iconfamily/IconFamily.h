@@ -84,7 +84,7 @@ public:
     static ElementData get1BitMaskFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
 
 private:
-    bool writeCustomIconResources(const FSSpec& spec, bool withCompatibility) const;
+    bool writeCustomIconResources(const FSSpec& fileSpec, bool withCompatibility) const;
 
     IconFamilyHandle hIconFamily_;
 };

@@ -28,28 +28,28 @@ std::uint16_t withFlags(std::uint16_t flags, std::uint16_t set, std::uint16_t cl
     return std::uint16_t((flags | set) & ~cleared);
 }
 
-bool fileReferences(const std::filesystem::path& path, FSSpec& spec, FSRef& parentRef)
+bool fileReferences(const std::filesystem::path& path, FSSpec& fileSpec, FSRef& parentRef)
 {
     FSRef ref;
-    return getFSRef(path, ref, false) && FSGetCatalogInfo(ref, &spec, &parentRef) == noErr;
+    return getFSRef(path, ref, false) && FSGetCatalogInfo(ref, &fileSpec, &parentRef) == noErr;
 }
 
-bool changeFinderFlags(const FSSpec& spec, std::uint16_t set, std::uint16_t cleared)
+bool changeFinderFlags(const FSSpec& fileSpec, std::uint16_t set, std::uint16_t cleared)
 {
     FinderInfo info;
-    if (ResError() != noErr || FSpGetFInfo(spec, info) != noErr)
+    if (ResError() != noErr || FSpGetFInfo(fileSpec, info) != noErr)
         return false;
     info.setFinderFlags(withFlags(info.finderFlags(), set, cleared));
-    return FSpSetFInfo(spec, info) == noErr;
+    return FSpSetFInfo(fileSpec, info) == noErr;
 }
 
 } // namespace
 
 // Opens the fork, puts a copy of the family in place of any custom icon,
 // adds the compatibility resources if asked, and closes the fork.
-bool IconFamily::writeCustomIconResources(const FSSpec& spec, bool withCompatibility) const
+bool IconFamily::writeCustomIconResources(const FSSpec& fileSpec, bool withCompatibility) const
 {
-    const ResFileRefNum file = FSpOpenResFile(spec, fsRdWrPerm);
+    const ResFileRefNum file = FSpOpenResFile(fileSpec, fsRdWrPerm);
     if (file == kResFileNotOpened)
         return false;
     IconFamilyHandle copy;
@@ -75,17 +75,17 @@ bool IconFamily::writeCustomIconResources(const FSSpec& spec, bool withCompatibi
 
 bool IconFamily::setAsCustomIconForFile(const std::filesystem::path& path, bool withCompatibility) const
 {
-    FSSpec spec;
+    FSSpec fileSpec;
     FSRef parentRef;
-    if (!fileReferences(path, spec, parentRef))
+    if (!fileReferences(path, fileSpec, parentRef))
         return false;
     const HfsCodes codes = forkStore().hfsCodes(path).value_or(HfsCodes{kUnknownFourCharCode, kUnknownFourCharCode});
-    FSpCreateResFile(spec, codes.creator, codes.type, smSystemScript);
+    FSpCreateResFile(fileSpec, codes.creator, codes.type, smSystemScript);
     if (ResError() != noErr && ResError() != dupFNErr)
         return false;
-    if (!writeCustomIconResources(spec, withCompatibility))
+    if (!writeCustomIconResources(fileSpec, withCompatibility))
         return false;
-    if (!changeFinderFlags(spec, kHasCustomIcon, kHasBeenInited))
+    if (!changeFinderFlags(fileSpec, kHasCustomIcon, kHasBeenInited))
         return false;
     return changeNotifier().directoryModified(parentRef.path) == noErr;
 }
@@ -122,17 +122,17 @@ bool IconFamily::setAsCustomIconForDirectory(const std::filesystem::path& path, 
 
 bool IconFamily::removeCustomIconFromFile(const std::filesystem::path& path)
 {
-    FSSpec spec;
+    FSSpec fileSpec;
     FSRef parentRef;
-    if (!fileReferences(path, spec, parentRef))
+    if (!fileReferences(path, fileSpec, parentRef))
         return false;
-    const ResFileRefNum file = FSpOpenResFile(spec, fsRdWrPerm);
+    const ResFileRefNum file = FSpOpenResFile(fileSpec, fsRdWrPerm);
     if (file == kResFileNotOpened)
         return false;
     if (const Resource* icon = GetResource(kIconFamilyType, kCustomIconResource))
         RemoveResource(icon);
     CloseResFile(file);
-    if (!changeFinderFlags(spec, 0, kHasCustomIcon | kHasBeenInited))
+    if (!changeFinderFlags(fileSpec, 0, kHasCustomIcon | kHasBeenInited))
         return false;
     return changeNotifier().directoryModified(parentRef.path) == noErr;
 }

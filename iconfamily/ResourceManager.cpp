@@ -9,7 +9,7 @@ namespace {
 
 struct OpenResourceFile {
     ResFileRefNum refNum = 0;
-    FSSpec spec;
+    FSSpec fileSpec;
     ResourceFork fork;
     bool changed = false;
 };
@@ -28,15 +28,15 @@ void setResError(OSErr error) { state.lastError = error; }
 
 } // namespace
 
-void FSpCreateResFile(const FSSpec& spec, OSType creator, OSType fileType, ScriptCode)
+void FSpCreateResFile(const FSSpec& fileSpec, OSType creator, OSType fileType, ScriptCode)
 {
-    setResError(forkStore().createResourceFork(spec.path(), creator, fileType));
+    setResError(forkStore().createResourceFork(fileSpec.path(), creator, fileType));
 }
 
-ResFileRefNum FSpOpenResFile(const FSSpec& spec, std::int8_t)
+ResFileRefNum FSpOpenResFile(const FSSpec& fileSpec, std::int8_t)
 {
     std::vector<std::uint8_t> bytes;
-    if (const OSErr error = forkStore().readResourceFork(spec.path(), bytes)) {
+    if (const OSErr error = forkStore().readResourceFork(fileSpec.path(), bytes)) {
         setResError(error);
         return kResFileNotOpened;
     }
@@ -46,7 +46,7 @@ ResFileRefNum FSpOpenResFile(const FSSpec& spec, std::int8_t)
         return kResFileNotOpened;
     }
     state.nextRefNum = ResFileRefNum(state.nextRefNum % 0x7FFF + 1);
-    state.current = OpenResourceFile{state.nextRefNum, spec, std::move(*fork), false};
+    state.current = OpenResourceFile{state.nextRefNum, fileSpec, std::move(*fork), false};
     setResError(noErr);
     return state.current->refNum;
 }
@@ -87,7 +87,7 @@ void CloseResFile(ResFileRefNum refNum)
         return;
     }
     const auto bytes = serialiseResourceFork(file.fork);
-    setResError(bytes ? forkStore().writeResourceFork(file.spec.path(), *bytes) : writErr);
+    setResError(bytes ? forkStore().writeResourceFork(file.fileSpec.path(), *bytes) : writErr);
 }
 
 OSErr ResError() { return state.lastError; }

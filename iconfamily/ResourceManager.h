@@ -24,9 +24,9 @@ constexpr OSErr writErr = -20;
 constexpr OSErr addResFailed = -194;
 constexpr OSErr rmvResFailed = -196;
 
-void FSpCreateResFile(const FSSpec& spec, OSType creator, OSType fileType, ScriptCode scriptTag);
+void FSpCreateResFile(const FSSpec& fileSpec, OSType creator, OSType fileType, ScriptCode scriptTag);
 // kResFileNotOpened when the item has no fork or its fork cannot be read.
-ResFileRefNum FSpOpenResFile(const FSSpec& spec, std::int8_t permission);
+ResFileRefNum FSpOpenResFile(const FSSpec& fileSpec, std::int8_t permission);
 // The resource in the current file, or null. Valid until the next change.
 const Resource* GetResource(OSType type, ResID id);
 void RemoveResource(const Resource* resource);

@@ -348,31 +348,31 @@ TEST_F(CustomIcon, AnUnreadableSidecarIsNeverWrittenOver)
 TEST_F(CustomIcon, FileReferencesNameWhatExistsAndMakeEmptyFilesOnlyWhenAsked)
 {
     FSRef ref;
-    FSSpec spec;
+    FSSpec fileSpec;
     EXPECT_FALSE(getFSRef(directory_ / "new.txt", ref, false));
     EXPECT_FALSE(fs::exists(directory_ / "new.txt"));
-    ASSERT_TRUE(getFSSpec(directory_ / "new.txt", spec, true));
+    ASSERT_TRUE(getFSSpec(directory_ / "new.txt", fileSpec, true));
     EXPECT_EQ(fs::file_size(directory_ / "new.txt"), 0u);
-    EXPECT_EQ(spec.path(), fs::canonical(directory_ / "new.txt"));
+    EXPECT_EQ(fileSpec.path(), fs::canonical(directory_ / "new.txt"));
 
     fs::create_directory(directory_ / "folder");
     ASSERT_TRUE(getFSRef(directory_ / "folder", ref, true)) << "a folder is referred to, nothing made";
     EXPECT_TRUE(fs::is_directory(ref.path));
     EXPECT_FALSE(getFSRef(directory_ / "no" / "such.txt", ref, true)) << "no folder to make it in";
-    EXPECT_EQ(FSGetCatalogInfo(FSRef{"/"}, &spec, nullptr), fnfErr) << "the root has no folder";
+    EXPECT_EQ(FSGetCatalogInfo(FSRef{"/"}, &fileSpec, nullptr), fnfErr) << "the root has no folder";
 }
 
 TEST_F(CustomIcon, AnElementGoesIntoTheCurrentResourceFileOnlyWhenTheFamilyHasIt)
 {
     const IconFamily family = familyOf(70, {kSmall8BitData});
-    FSSpec spec;
-    ASSERT_TRUE(getFSSpec(file_, spec, false));
-    FSpCreateResFile(spec, 0, 0, smSystemScript);
+    FSSpec fileSpec;
+    ASSERT_TRUE(getFSSpec(file_, fileSpec, false));
+    FSpCreateResFile(fileSpec, 0, 0, smSystemScript);
     ASSERT_EQ(ResError(), noErr);
-    FSpCreateResFile(spec, 0, 0, smSystemScript);
+    FSpCreateResFile(fileSpec, 0, 0, smSystemScript);
     EXPECT_EQ(ResError(), dupFNErr);
 
-    const ResFileRefNum file = FSpOpenResFile(spec, fsRdWrPerm);
+    const ResFileRefNum file = FSpOpenResFile(fileSpec, fsRdWrPerm);
     ASSERT_NE(file, kResFileNotOpened);
     EXPECT_TRUE(family.addResourceType(kLarge1BitMask, 128));
     EXPECT_TRUE(family.addResourceType(kLarge1BitMask, 128)) << "the Resource Manager's refusal is not looked at";
