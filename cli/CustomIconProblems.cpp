@@ -1,6 +1,7 @@
 #include "cli/CustomIconProblems.h"
 
 #include "iconfamily/ForkStore.h"
+#include "iconfamily/IconFamily.h"
 #include "iconfamily/ResourceFork.h"
 
 #include <unistd.h>
@@ -31,8 +32,6 @@ std::string problemWith(const std::filesystem::path& item)
 
 } // namespace
 
-std::filesystem::path folderIconFile(const std::filesystem::path& folder) { return folder / "Icon\r"; }
-
 std::string explainCustomIconFailure(const std::filesystem::path& path)
 {
     std::error_code error;
@@ -41,7 +40,7 @@ std::string explainCustomIconFailure(const std::filesystem::path& path)
         return "no such file or folder";
     std::string problem = problemWith(target);
     if (problem.empty() && std::filesystem::is_directory(target, error))
-        problem = problemWith(folderIconFile(target));
+        problem = problemWith(customIconFileOfFolder(target));
     return problem.empty() ? "the custom icon could not be changed" : problem;
 }
 

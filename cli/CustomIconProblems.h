@@ -10,7 +10,4 @@ namespace quilo::cli {
 // Why setting or removing the custom icon of `path` could not be done.
 std::string explainCustomIconFailure(const std::filesystem::path& path);
 
-// The file that holds a folder's custom icon.
-std::filesystem::path folderIconFile(const std::filesystem::path& folder);
-
 } // namespace quilo::cli

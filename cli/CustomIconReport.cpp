@@ -1,7 +1,6 @@
 #include "cli/CustomIconReport.h"
 
 #include "cli/Command.h"
-#include "cli/CustomIconProblems.h"
 #include "iconfamily/ForkStore.h"
 #include "iconfamily/IconFamily.h"
 #include "iconfamily/ResourceFork.h"
@@ -73,7 +72,7 @@ bool printCustomIconState(const std::filesystem::path& path)
     bool readable = printFinderInfo(target, "  ");
     if (!isFolder)
         return printResourceFork(target, "  ") && readable;
-    const auto iconFile = folderIconFile(target);
+    const auto iconFile = customIconFileOfFolder(target);
     if (!std::filesystem::exists(iconFile, error)) {
         std::printf("  icon file \"Icon\\r\": none\n");
         return readable;

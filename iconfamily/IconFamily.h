@@ -18,6 +18,12 @@ struct FSSpec;
 // The ID of every custom-icon resource.
 constexpr std::int16_t kCustomIconResource = -16455;
 
+// The invisible file inside a folder that holds the folder's custom icon.
+inline std::filesystem::path customIconFileOfFolder(const std::filesystem::path& folder)
+{
+    return folder / "Icon\r";
+}
+
 // One icon family (the data of an .icns file) held in a block of its own.
 // Every piece of state lives in the block.
 class IconFamily {

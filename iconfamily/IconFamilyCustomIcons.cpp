@@ -21,8 +21,6 @@ constexpr std::int8_t fsRdPerm = 1;
 constexpr OSType kCompatibilityTypes[] = {fourCharCode("icl8"), fourCharCode("ICN#"), fourCharCode("ics8"),
                                           fourCharCode("ics#")};
 
-std::filesystem::path iconFilePath(const std::filesystem::path& folder) { return folder / "Icon\r"; }
-
 std::uint16_t withFlags(std::uint16_t flags, std::uint16_t set, std::uint16_t cleared)
 {
     return std::uint16_t((flags | set) & ~cleared);
@@ -97,7 +95,7 @@ bool IconFamily::setAsCustomIconForDirectory(const std::filesystem::path& path, 
         return false;
     // An earlier icon file is replaced, never edited; a fork left behind by
     // an icon file deleted on its own counts as one.
-    const auto iconPath = iconFilePath(path);
+    const auto iconPath = customIconFileOfFolder(path);
     if (std::filesystem::exists(iconPath, error) || forkStore().holdsAnything(iconPath))
         if (forkStore().removeItem(iconPath) != noErr)
             return false;
@@ -147,7 +145,7 @@ std::unique_ptr<IconFamily> IconFamily::iconFamilyWithIconOfFile(const std::file
     std::error_code error;
     FSSpec forkOwner;
     const bool isFolder = std::filesystem::is_directory(ref.path, error);
-    if (!getFSSpec(isFolder ? iconFilePath(ref.path) : ref.path, forkOwner, false))
+    if (!getFSSpec(isFolder ? customIconFileOfFolder(ref.path) : ref.path, forkOwner, false))
         return nullptr;
     const ResFileRefNum file = FSpOpenResFile(forkOwner, fsRdPerm);
     if (file == kResFileNotOpened)

@@ -16,33 +16,33 @@ bool itemExists(const std::filesystem::path& item)
     return ::stat(item.c_str(), &status) == 0;
 }
 
-// Loads the item's sidecar (a new one when it has none), lets `change` edit
-// it, and stores it unless `change` reports an error. A sidecar left holding
-// nothing goes, so taking an icon off leaves no trace.
-template <typename Change>
-OSErr updateSidecar(const std::filesystem::path& item, Change&& change,
-                    sidecar::WhenEmpty whenEmpty = sidecar::WhenEmpty::Delete)
-{
-    const auto path = sidecarPath(item);
-    if (path.empty() || !itemExists(item))
-        return fnfErr;
-    std::optional<AppleDouble> sidecar;
-    if (const OSErr error = sidecar::load(path, sidecar))
-        return error;
-    const bool isNew = !sidecar;
-    if (isNew)
-        sidecar.emplace();
-    if (const OSErr error = change(*sidecar, isNew))
-        return error;
-    return sidecar::store(path, *sidecar, whenEmpty);
-}
-
 OSErr loadExisting(const std::filesystem::path& item, std::optional<AppleDouble>& sidecar)
 {
     const auto path = sidecarPath(item);
     if (path.empty() || !itemExists(item))
         return fnfErr;
     return sidecar::load(path, sidecar);
+}
+
+// Loads the item's sidecar (a new one when it has none), lets `change` edit
+// it, and stores it unless `change` reports an error. A sidecar left holding
+// nothing goes, so taking an icon off leaves no trace; one the change left as
+// it was is not written again (each write is a sync to disk).
+template <typename Change>
+OSErr updateSidecar(const std::filesystem::path& item, Change&& change,
+                    sidecar::WhenEmpty whenEmpty = sidecar::WhenEmpty::Delete)
+{
+    std::optional<AppleDouble> sidecar;
+    if (const OSErr error = loadExisting(item, sidecar))
+        return error;
+    const std::optional<AppleDouble> before = sidecar;
+    if (!sidecar)
+        sidecar.emplace();
+    if (const OSErr error = change(*sidecar, !before))
+        return error;
+    if (before == sidecar)
+        return noErr;
+    return sidecar::store(sidecarPath(item), *sidecar, whenEmpty);
 }
 
 std::vector<std::uint8_t> emptyResourceFork()
