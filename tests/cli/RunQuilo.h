@@ -46,6 +46,13 @@ inline Outcome quilo(const std::string& arguments, const std::string& shellSetup
     return outcome;
 }
 
+inline const std::filesystem::path kSamples = std::filesystem::path(QUILO_SOURCE_DIR) / "samples";
+
+inline bool contains(const Outcome& outcome, const std::string& text)
+{
+    return outcome.output.find(text) != std::string::npos;
+}
+
 inline std::string quoted(const std::filesystem::path& path)
 {
     return "'" + path.string() + "'";

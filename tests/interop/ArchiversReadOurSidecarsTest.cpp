@@ -146,13 +146,10 @@ TEST(TheUnarchiverReadsOurSidecars, InAZipAsAMacPacksThem)
         expectLsarAgrees(*entry, item, ours);
 
         // unar writes each fork out as an AppleDouble file of its own making.
-        const auto extracted = readFileBytes(unpacked / (item.nameInArchive + ".rsrc"));
-        EXPECT_EQ(hexBytes(appleDoubleEntry(extracted, kAppleDoubleFinderInfo).value_or(std::vector<std::uint8_t>{})),
-                  hexBytes(ours.finderInfo));
-        const auto fork = appleDoubleEntry(extracted, kAppleDoubleResourceFork);
-        ASSERT_TRUE(fork) << "unar wrote no fork";
-        EXPECT_TRUE(*fork == ours.fork) << "unar's fork has " << fork->size() << " bytes, ours " << ours.fork.size()
-                                        << "; they differ";
+        const Sidecar extracted = readSidecar(unpacked / (item.nameInArchive + ".rsrc"));
+        EXPECT_EQ(hexBytes(extracted.finderInfo), hexBytes(ours.finderInfo));
+        EXPECT_TRUE(extracted.fork == ours.fork) << "unar's fork has " << extracted.fork.size() << " bytes, ours "
+                                                 << ours.fork.size() << "; they differ";
     }
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
-// A folder given custom icons by the quilo command, and plain readers of the
-// AppleDouble sidecars and resource forks it wrote. The readers walk the
-// bytes by hand, apart from the engine's codecs, so the peers are compared
-// with the bytes on disk and not with our own reading of them.
+// A folder given custom icons by the quilo command, and what its sidecars
+// hold as the engine's codecs read them: the peers must agree with that.
 
 #include "Interop.h"
 #include "iconfamily/AppleDouble.h"
+#include "iconfamily/ResourceFork.h"
 #include "tests/support/Files.h"
 
 #include <cstdio>
@@ -23,7 +22,7 @@ inline bool installed(const std::string& program)
     return runProgram({"sh", "-c", "command -v \"$0\"", program}).status == 0;
 }
 
-// Zero past the end, so a damaged file fails a comparison instead of the run.
+// Zero past the end, so a damaged stream fails a comparison instead of the run.
 inline std::uint32_t bigEndian(std::span<const std::uint8_t> bytes, std::size_t offset, int width)
 {
     if (offset + std::size_t(width) > bytes.size())
@@ -34,22 +33,6 @@ inline std::uint32_t bigEndian(std::span<const std::uint8_t> bytes, std::size_t 
     return value;
 }
 
-// The entry's bytes, or nullopt when the file has no such entry or is cut short.
-inline std::optional<std::vector<std::uint8_t>> appleDoubleEntry(std::span<const std::uint8_t> file, std::uint32_t id)
-{
-    if (file.size() < 26)
-        return std::nullopt;
-    const std::size_t count = bigEndian(file, 24, 2);
-    for (std::size_t i = 0; i < count && 26 + 12 * (i + 1) <= file.size(); ++i) {
-        const std::size_t descriptor = 26 + 12 * i;
-        const std::size_t offset = bigEndian(file, descriptor + 4, 4), length = bigEndian(file, descriptor + 8, 4);
-        if (bigEndian(file, descriptor, 4) == id && offset + length <= file.size())
-            return std::vector<std::uint8_t>(file.begin() + std::ptrdiff_t(offset),
-                                             file.begin() + std::ptrdiff_t(offset + length));
-    }
-    return std::nullopt;
-}
-
 struct Sidecar {
     std::vector<std::uint8_t> finderInfo; // the 32 bytes, without macOS's attribute area after them
     std::vector<std::uint8_t> fork;
@@ -57,18 +40,26 @@ struct Sidecar {
     std::uint16_t finderFlags() const { return std::uint16_t(bigEndian(finderInfo, 8, 2)); }
 };
 
+// The Finder info and fork of an AppleDouble file, ours or a peer's.
+inline Sidecar sidecarFromBytes(std::span<const std::uint8_t> bytes)
+{
+    const auto parsed = AppleDouble::parse(bytes);
+    const auto fork = parsed ? parsed->resourceFork() : std::nullopt;
+    EXPECT_TRUE(fork) << "no AppleDouble file with a fork";
+    Sidecar sidecar;
+    if (!parsed)
+        return sidecar;
+    const FinderInfo info = parsed->finderInfo();
+    sidecar.finderInfo.assign(info.bytes.begin(), info.bytes.end());
+    if (fork)
+        sidecar.fork.assign(fork->begin(), fork->end());
+    return sidecar;
+}
+
 inline Sidecar readSidecar(const std::filesystem::path& path)
 {
-    const std::vector<std::uint8_t> file = readFileBytes(path);
-    Sidecar sidecar;
-    const auto finderInfo = appleDoubleEntry(file, kAppleDoubleFinderInfo);
-    const auto fork = appleDoubleEntry(file, kAppleDoubleResourceFork);
-    EXPECT_TRUE(finderInfo && finderInfo->size() >= 32 && fork) << path << " is no sidecar with Finder info and a fork";
-    if (finderInfo && finderInfo->size() >= 32)
-        sidecar.finderInfo.assign(finderInfo->begin(), finderInfo->begin() + 32);
-    if (fork)
-        sidecar.fork = *fork;
-    return sidecar;
+    SCOPED_TRACE(path.string());
+    return sidecarFromBytes(readFileBytes(path));
 }
 
 struct ForkResource {
@@ -78,32 +69,17 @@ struct ForkResource {
     std::vector<std::uint8_t> data;
 };
 
-// Every resource in the fork, in map order, up to the first whose data runs
-// past the end. The engine's own reader is tested elsewhere.
+// Every resource in the fork, in map order, with where our writer puts its
+// data: from 256 on, in map order, each after its length word.
 inline std::vector<ForkResource> forkResources(std::span<const std::uint8_t> fork)
 {
     std::vector<ForkResource> resources;
-    if (fork.size() < 16)
-        return resources;
-    const std::size_t dataStart = bigEndian(fork, 0, 4), map = bigEndian(fork, 4, 4);
-    const std::size_t typeList = map + bigEndian(fork, map + 24, 2);
-    const std::size_t types = std::uint16_t(bigEndian(fork, typeList, 2) + 1); // 0xFFFF: none
-    for (std::size_t t = 0; t < types; ++t) {
-        const std::size_t entry = typeList + 2 + 8 * t;
-        const std::size_t count = bigEndian(fork, entry + 4, 2) + 1;
-        for (std::size_t r = 0; r < count; ++r) {
-            const std::size_t reference = typeList + bigEndian(fork, entry + 6, 2) + 12 * r;
-            ForkResource resource;
-            resource.type = bigEndian(fork, entry, 4);
-            resource.id = std::int16_t(bigEndian(fork, reference, 2));
-            resource.offset = dataStart + bigEndian(fork, reference + 5, 3);
-            const std::size_t length = bigEndian(fork, resource.offset, 4);
-            if (resource.offset + 4 + length > fork.size())
-                return resources;
-            resource.data.assign(fork.begin() + std::ptrdiff_t(resource.offset + 4),
-                                 fork.begin() + std::ptrdiff_t(resource.offset + 4 + length));
-            resources.push_back(std::move(resource));
-        }
+    const auto parsed = parseResourceFork(fork);
+    EXPECT_TRUE(parsed || fork.empty()) << "an unreadable fork";
+    std::size_t offset = kResourceDataStart;
+    for (const Resource& resource : parsed ? parsed->resources : std::vector<Resource>{}) {
+        resources.push_back({resource.type, resource.id, offset, resource.data});
+        offset += 4 + resource.data.size();
     }
     return resources;
 }

@@ -4,6 +4,7 @@
 // streams, the Finder info and resource fork a Mac client asks for. Both must
 // carry what our sidecars hold.
 #include "CustomIconTree.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -34,28 +35,6 @@ std::filesystem::path scratchParent()
     std::filesystem::remove(probe);
     return userAttributes ? temporary : std::filesystem::path(QUILO_INTEROP_SCRATCH_DIR);
 }
-
-class ScratchDirectory {
-public:
-    ScratchDirectory()
-    {
-        std::string pattern = (scratchParent() / "quilo-samba-XXXXXX").string();
-        if (!::mkdtemp(pattern.data()))
-            throw std::runtime_error("mkdtemp failed");
-        path_ = pattern;
-    }
-    ~ScratchDirectory()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    ScratchDirectory(const ScratchDirectory&) = delete;
-    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
 
 int freeLoopbackPort()
 {
@@ -227,7 +206,7 @@ TEST(SambaServesOurSidecars, FinderInfoAndForksOfAFileAndAFolder)
     if (!installed("smbd") || !installed("smbclient"))
         FAIL() << "smbd or smbclient is not installed (scripts/setup installs samba and smbclient)";
     ASSERT_EQ(::geteuid(), 0u) << "smbd serves shares only when started as root";
-    ScratchDirectory scratch;
+    const TemporaryDirectory scratch(scratchParent());
     const CustomIconTree tree(scratch / "tree");
     const struct {
         const char* name;

@@ -45,15 +45,41 @@ inline std::uint8_t patternAt(int x, int y, int channel)
     return std::uint8_t((cell * 2654435761u) >> 24);
 }
 
+// libjpeg's compressor writing into memory; finish() gives the file.
+class MemoryJpegWriter {
+public:
+    MemoryJpegWriter()
+    {
+        c.err = jpeg_std_error(&errors_);
+        jpeg_create_compress(&c);
+        jpeg_mem_dest(&c, &buffer_, &size_);
+    }
+    ~MemoryJpegWriter()
+    {
+        jpeg_destroy_compress(&c);
+        std::free(buffer_);
+    }
+    MemoryJpegWriter(const MemoryJpegWriter&) = delete;
+    MemoryJpegWriter& operator=(const MemoryJpegWriter&) = delete;
+
+    std::vector<std::uint8_t> finish()
+    {
+        jpeg_finish_compress(&c);
+        return {buffer_, buffer_ + size_};
+    }
+
+    jpeg_compress_struct c{};
+
+private:
+    jpeg_error_mgr errors_{};
+    unsigned char* buffer_ = nullptr;
+    unsigned long size_ = 0;
+};
+
 inline std::vector<std::uint8_t> writeJpeg(const JpegLayout& layout)
 {
-    jpeg_compress_struct c{};
-    jpeg_error_mgr errors{};
-    c.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&c);
-    unsigned char* buffer = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&c, &buffer, &size);
+    MemoryJpegWriter writer;
+    jpeg_compress_struct& c = writer.c;
     const int channels = int(layout.sampling.size());
     c.image_width = JDIMENSION(layout.width);
     c.image_height = JDIMENSION(layout.height);
@@ -86,11 +112,7 @@ inline std::vector<std::uint8_t> writeJpeg(const JpegLayout& layout)
         JSAMPROW rows[] = {row.data()};
         jpeg_write_scanlines(&c, rows, 1);
     }
-    jpeg_finish_compress(&c);
-    std::vector<std::uint8_t> bytes(buffer, buffer + size);
-    jpeg_destroy_compress(&c);
-    std::free(buffer);
-    return bytes;
+    return writer.finish();
 }
 
 struct RgbaPicture {
@@ -142,19 +164,10 @@ inline std::vector<std::uint8_t> withoutDetail(std::span<const std::uint8_t> jpe
                 std::fill(blocks[0][b] + 1, blocks[0][b] + DCTSIZE2, JCOEF(0));
         }
     }
-    jpeg_compress_struct w{};
-    jpeg_error_mgr writeErrors{};
-    w.err = jpeg_std_error(&writeErrors);
-    jpeg_create_compress(&w);
-    unsigned char* buffer = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&w, &buffer, &size);
-    jpeg_copy_critical_parameters(&d, &w);
-    jpeg_write_coefficients(&w, coefficients);
-    jpeg_finish_compress(&w);
-    std::vector<std::uint8_t> bytes(buffer, buffer + size);
-    jpeg_destroy_compress(&w);
-    std::free(buffer);
+    MemoryJpegWriter writer;
+    jpeg_copy_critical_parameters(&d, &writer.c);
+    jpeg_write_coefficients(&writer.c, coefficients);
+    std::vector<std::uint8_t> bytes = writer.finish();
     jpeg_finish_decompress(&d);
     jpeg_destroy_decompress(&d);
     return bytes;

@@ -7,13 +7,13 @@
 
 namespace quilo::test {
 
-// A fresh directory under the system's temporary folder, removed with its
-// contents when the object goes.
+// A fresh directory under the system's temporary folder (or another), removed
+// with its contents when the object goes.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory()
+    explicit TemporaryDirectory(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "quilo-test-XXXXXX").string();
+        std::string pattern = (parent / "quilo-test-XXXXXX").string();
         if (!::mkdtemp(pattern.data()))
             throw std::runtime_error("mkdtemp failed");
         path_ = pattern;

@@ -4,7 +4,6 @@
 #include "iconfamily/IconElementTypes.h"
 #include "iconfamily/IconFamily.h"
 #include "iconfamily/ResourceFork.h"
-#include "iconfamily/ResourceManager.h"
 #include "tests/support/AttributeArea.h"
 #include "tests/support/Files.h"
 #include "tests/support/RecordingForkStore.h"
@@ -80,14 +79,6 @@ void writeSidecar(const fs::path& item, const FinderInfo& info, const std::optio
     sidecar.setFinderInfo(info);
     sidecar.setResourceFork(fork ? serialiseResourceFork(*fork).value() : Bytes{});
     test::writeFileBytes(sidecarOf(item), sidecar.serialise().value());
-}
-
-std::set<std::string> listing(const fs::path& folder)
-{
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder))
-        names.insert(entry.path().filename().string());
-    return names;
 }
 
 class CustomIcon : public ::testing::Test {
@@ -251,7 +242,7 @@ TEST_F(CustomIcon, SetThenRemoveLeavesNoSidecarBehindAndThePictureUntouched)
     const Bytes picture = test::readFileBytes(file_);
     ASSERT_TRUE(familyOf(60).setAsCustomIconForFile(file_));
     ASSERT_TRUE(IconFamily::removeCustomIconFromFile(file_));
-    EXPECT_EQ(listing(directory_.path()), (std::set<std::string>{"photo.jpg"}));
+    EXPECT_EQ(test::directoryListing(directory_.path()), (std::set<std::string>{"photo.jpg"}));
     EXPECT_EQ(test::readFileBytes(file_), picture);
 }
 
@@ -263,7 +254,7 @@ TEST_F(CustomIcon, MissingPathsAndWrongKindsFailWithoutMakingAnything)
     EXPECT_FALSE(family.setAsCustomIconForDirectory(directory_ / "absent"));
     EXPECT_FALSE(IconFamily::removeCustomIconFromFile(directory_ / "absent.jpg"));
     EXPECT_FALSE(IconFamily::iconFamilyWithIconOfFile(directory_ / "absent.jpg"));
-    EXPECT_EQ(listing(directory_.path()), (std::set<std::string>{"photo.jpg"}));
+    EXPECT_EQ(test::directoryListing(directory_.path()), (std::set<std::string>{"photo.jpg"}));
 }
 
 TEST_F(CustomIcon, AFolderGetsAFreshInvisibleIconFileAndTheFlagBesideIt)
@@ -286,7 +277,7 @@ TEST_F(CustomIcon, AFolderGetsAFreshInvisibleIconFileAndTheFlagBesideIt)
     EXPECT_EQ(iconInfo.fileType(), kUnknownFourCharCode);
     EXPECT_EQ(iconInfo.creator(), kUnknownFourCharCode);
     EXPECT_EQ(flagsOf(folder), kHasCustomIcon);
-    EXPECT_EQ(listing(directory_.path()), (std::set<std::string>{"photo.jpg", "Holiday", "._Holiday"}));
+    EXPECT_EQ(test::directoryListing(directory_.path()), (std::set<std::string>{"photo.jpg", "Holiday", "._Holiday"}));
 
     const auto readBack = IconFamily::iconFamilyWithIconOfFile(folder);
     ASSERT_TRUE(readBack);
@@ -343,48 +334,6 @@ TEST_F(CustomIcon, AnUnreadableSidecarIsNeverWrittenOver)
     test::writeFileBytes(sidecarOf(file_), forkless);
     EXPECT_FALSE(familyOf(60).setAsCustomIconForFile(file_));
     EXPECT_EQ(test::readFileBytes(sidecarOf(file_)), forkless);
-}
-
-TEST_F(CustomIcon, FileReferencesNameWhatExistsAndMakeEmptyFilesOnlyWhenAsked)
-{
-    FSRef ref;
-    FSSpec fileSpec;
-    EXPECT_FALSE(getFSRef(directory_ / "new.txt", ref, false));
-    EXPECT_FALSE(fs::exists(directory_ / "new.txt"));
-    ASSERT_TRUE(getFSSpec(directory_ / "new.txt", fileSpec, true));
-    EXPECT_EQ(fs::file_size(directory_ / "new.txt"), 0u);
-    EXPECT_EQ(fileSpec.path(), fs::canonical(directory_ / "new.txt"));
-
-    fs::create_directory(directory_ / "folder");
-    ASSERT_TRUE(getFSRef(directory_ / "folder", ref, true)) << "a folder is referred to, nothing made";
-    EXPECT_TRUE(fs::is_directory(ref.path));
-    EXPECT_FALSE(getFSRef(directory_ / "no" / "such.txt", ref, true)) << "no folder to make it in";
-    EXPECT_EQ(FSGetCatalogInfo(FSRef{"/"}, &fileSpec, nullptr), fnfErr) << "the root has no folder";
-}
-
-TEST_F(CustomIcon, AnElementGoesIntoTheCurrentResourceFileOnlyWhenTheFamilyHasIt)
-{
-    const IconFamily family = familyOf(70, {kSmall8BitData});
-    FSSpec fileSpec;
-    ASSERT_TRUE(getFSSpec(file_, fileSpec, false));
-    FSpCreateResFile(fileSpec, 0, 0, smSystemScript);
-    ASSERT_EQ(ResError(), noErr);
-    FSpCreateResFile(fileSpec, 0, 0, smSystemScript);
-    EXPECT_EQ(ResError(), dupFNErr);
-
-    const ResFileRefNum file = FSpOpenResFile(fileSpec, fsRdWrPerm);
-    ASSERT_NE(file, kResFileNotOpened);
-    EXPECT_TRUE(family.addResourceType(kLarge1BitMask, 128));
-    EXPECT_TRUE(family.addResourceType(kLarge1BitMask, 128)) << "the Resource Manager's refusal is not looked at";
-    EXPECT_EQ(ResError(), addResFailed);
-    EXPECT_FALSE(family.addResourceType(kSmall8BitData, 128));
-    CloseResFile(file);
-    EXPECT_EQ(ResError(), noErr);
-    EXPECT_EQ(resourceList(readFork(file_)), (std::vector<std::pair<std::string, int>>{{"ICN#", 128}}));
-
-    EXPECT_TRUE(family.addResourceType(kLarge8BitData, 128)) << "no current file: added nowhere";
-    EXPECT_EQ(ResError(), addResFailed);
-    EXPECT_EQ(resourceList(readFork(file_)), (std::vector<std::pair<std::string, int>>{{"ICN#", 128}}));
 }
 
 } // namespace

@@ -167,21 +167,6 @@ TEST(ProgressiveDcDecoder, ReadsALargeFileInChunksAsFromMemory)
     EXPECT_LT(std::ftell(file.get()), long(test::endOfDcScans(jpeg)) + 64 * 1024);
 }
 
-TEST(ProgressiveDcDecoder, ReadsNothingPastTheLastDcScan)
-{
-    JpegLayout layout{45, 29};
-    layout.scans = kDcInSteps;
-    const auto jpeg = test::writeJpeg(layout);
-    const std::size_t stop = test::endOfDcScans(jpeg);
-    ASSERT_LT(stop + 100, jpeg.size());
-    auto scrambled = jpeg;
-    for (std::size_t i = stop + 20; i < jpeg.size() - 2; ++i)
-        scrambled[i] = std::uint8_t(i * 37);
-    const auto result = decodeProgressiveDc(scrambled, 0);
-    ASSERT_EQ(result.outcome, Outcome::Decoded) << result.error;
-    EXPECT_TRUE(std::ranges::equal(result.rep->bytes(), decodeProgressiveDc(jpeg, 0).rep->bytes()));
-}
-
 TEST(ProgressiveDcDecoder, FailsOnAFileCutAnywhereBeforeItsDcEnds)
 {
     JpegLayout layout{45, 29};
