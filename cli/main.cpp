@@ -1,6 +1,7 @@
 #include "cli/Command.h"
 
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -12,14 +13,18 @@ std::vector<const Command*> commands()
 {
     using namespace quilo::cli;
     return {&icnsCommand(), &infoCommand(), &extractCommand(), &setIconCommand(), &removeIconCommand(),
-            &getIconCommand(), &createThumbnailsCommand(), &restoreThumbnailsCommand(), &saveAsIcnsCommand()};
+            &getIconCommand(), &createThumbnailsCommand(), &restoreThumbnailsCommand(), &saveAsIcnsCommand(),
+            &installFileManagerActionsCommand(), &uninstallFileManagerActionsCommand()};
 }
 
 void printOverview(std::FILE* to)
 {
     std::fprintf(to, "Usage: quilo COMMAND [ARGUMENTS]\n\nCommands:\n");
-    for (const Command* command : commands())
-        std::fprintf(to, "  %-19s %s\n", command->name, command->summary);
+    for (const Command* command : commands()) {
+        // A name too long for the column has its summary on the next line.
+        const char* gap = std::strlen(command->name) > 19 ? "\n                      " : " ";
+        std::fprintf(to, "  %-19s%s%s\n", command->name, gap, command->summary);
+    }
     std::fprintf(to, "\nRun 'quilo COMMAND --help' for a command's arguments.\n");
 }
 

@@ -24,24 +24,38 @@ bool writeAll(int fd, std::span<const std::uint8_t> bytes)
     return true;
 }
 
+// A replaced file keeps its mode; a new one has the umask's, set at creation.
+bool setMode(int fd, const std::filesystem::path& path, bool executable)
+{
+    struct stat status {};
+    const bool replacing = ::stat(path.c_str(), &status) == 0;
+    if (!replacing && !executable)
+        return true;
+    if (!replacing && ::fstat(fd, &status) != 0)
+        return false;
+    mode_t mode = status.st_mode & 07777;
+    if (executable)
+        mode |= (mode & 0444) >> 2;
+    return ::fchmod(fd, mode) == 0;
+}
+
 } // namespace
 
-bool writeFileAtomically(const std::filesystem::path& path, std::span<const std::uint8_t> bytes)
+bool writeFileAtomically(const std::filesystem::path& path, std::span<const std::uint8_t> bytes, bool executable)
 {
     static std::atomic<unsigned> counter{0};
     const std::string temporary = (path.parent_path() / ("." + path.filename().string() + ".quilo-"
                                                           + std::to_string(::getpid()) + "-"
                                                           + std::to_string(counter++)))
                                       .string();
-    // Created like any new file (the umask applies); a replaced file keeps its mode.
     const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd < 0)
         return false;
-    struct stat existing {};
-    bool ok = ::stat(path.c_str(), &existing) != 0 || ::fchmod(fd, existing.st_mode & 07777) == 0;
-    ok = ok && writeAll(fd, bytes) && ::fsync(fd) == 0;
+    const bool ok = setMode(fd, path, executable) && writeAll(fd, bytes) && ::fsync(fd) == 0;
     if (::close(fd) != 0 || !ok || ::rename(temporary.c_str(), path.c_str()) != 0) {
+        const int error = errno; // the cause, not the clean-up's
         ::unlink(temporary.c_str());
+        errno = error;
         return false;
     }
     return true;

@@ -9,7 +9,11 @@ namespace quilo {
 // Replaces (or creates) the file at `path` with `bytes`: written to a
 // temporary file in the same folder, flushed to disk, then renamed over the
 // target, so readers see the old file or the new one, never a mixture. An
-// existing file's permissions are kept. False, with nothing changed, on error.
-bool writeFileAtomically(const std::filesystem::path& path, std::span<const std::uint8_t> bytes);
+// existing file's permissions are kept; `executable` adds execute permission
+// wherever reading is allowed (for scripts, which must never be seen
+// half-written or not yet executable). False, with nothing changed and errno
+// telling why, on error.
+bool writeFileAtomically(const std::filesystem::path& path, std::span<const std::uint8_t> bytes,
+                         bool executable = false);
 
 } // namespace quilo

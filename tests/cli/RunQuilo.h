@@ -17,11 +17,9 @@ struct Outcome {
     long peakKilobytes;  // the largest resident size the process reached
 };
 
-// Runs quilo through the shell, as a user's script would; `shellSetup` runs
-// in that shell first (limits, traps).
-inline Outcome quilo(const std::string& arguments, const std::string& shellSetup = "")
+// Runs a command line through the shell, its stdout collected.
+inline Outcome shell(const std::string& commandLine)
 {
-    const std::string command = std::string(QUILO_BINARY) + " " + arguments + " 2>&1";
     int pipeEnds[2];
     if (::pipe(pipeEnds) != 0)
         return {-1, "pipe failed", 0};
@@ -29,7 +27,7 @@ inline Outcome quilo(const std::string& arguments, const std::string& shellSetup
     if (child == 0) {
         ::dup2(pipeEnds[1], STDOUT_FILENO);
         ::close(pipeEnds[0]);
-        ::execl("/bin/sh", "sh", "-c", (shellSetup + " exec " + command).c_str(), nullptr);
+        ::execl("/bin/sh", "sh", "-c", commandLine.c_str(), nullptr);
         ::_exit(127);
     }
     ::close(pipeEnds[1]);
@@ -44,6 +42,13 @@ inline Outcome quilo(const std::string& arguments, const std::string& shellSetup
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     outcome.peakKilobytes = usage.ru_maxrss;
     return outcome;
+}
+
+// Runs quilo through the shell, as a user's script would; `shellSetup` runs
+// in that shell first (limits, traps).
+inline Outcome quilo(const std::string& arguments, const std::string& shellSetup = "")
+{
+    return shell(shellSetup + " exec " + std::string(QUILO_BINARY) + " " + arguments + " 2>&1");
 }
 
 inline const std::filesystem::path kSamples = std::filesystem::path(QUILO_SOURCE_DIR) / "samples";
