@@ -90,7 +90,10 @@ std::optional<ActionList> parse(const QString& text, std::string& error)
         }
     }
     if (reader.hasError()) {
-        error = "line " + std::to_string(reader.lineNumber()) + ": " + reader.errorString().toStdString();
+        QString why = reader.errorString();
+        if (why.endsWith(u'.'))
+            why.chop(1); // the sentence goes on
+        error = "line " + std::to_string(reader.lineNumber()) + ": " + why.toStdString();
         return std::nullopt;
     }
     return list;
@@ -194,12 +197,14 @@ std::optional<ActionList> userActions(const fs::path& path, const QString& text,
     return list;
 }
 
-// XML 1.0 cannot hold the other control characters, not even as references.
+// The file is UTF-8, and XML 1.0 cannot hold the other control characters,
+// not even as references.
 bool fitsInXml(const std::string& text)
 {
-    return std::none_of(text.begin(), text.end(), [](char c) {
-        return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
-    });
+    return QString::fromStdString(text).toStdString() == text
+        && std::none_of(text.begin(), text.end(), [](char c) {
+               return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r';
+           });
 }
 
 Result install(const Setup& setup)
@@ -207,7 +212,7 @@ Result install(const Setup& setup)
     Result result;
     const fs::path path = userFile(setup);
     if (!fitsInXml(setup.quilo)) {
-        result.error = "the path of quilo has control characters that " + path.string() + " cannot hold";
+        result.error = "the path of quilo has characters that " + path.string() + " cannot hold";
         return result;
     }
     const auto existing = readText(path, result.error);
