@@ -36,5 +36,6 @@ const Command& getIconCommand();
 const Command& createThumbnailsCommand();
 const Command& restoreThumbnailsCommand();
 const Command& saveAsIcnsCommand();
+const Command& requestCommand();
 
 } // namespace quilo::cli

@@ -12,7 +12,7 @@ std::vector<const Command*> commands()
 {
     using namespace quilo::cli;
     return {&icnsCommand(), &infoCommand(), &extractCommand(), &setIconCommand(), &removeIconCommand(),
-            &getIconCommand(), &createThumbnailsCommand(), &restoreThumbnailsCommand(), &saveAsIcnsCommand()};
+            &getIconCommand(), &createThumbnailsCommand(), &restoreThumbnailsCommand(), &saveAsIcnsCommand(), &requestCommand()};
 }
 
 void printOverview(std::FILE* to)
