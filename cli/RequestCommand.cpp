@@ -5,6 +5,7 @@
 
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
+#include "jobs/ClipboardSelection.h"
 #include "jobs/CreatingThumbnailsController.h"
 #include "jobs/WindowJobInterface.h"
 
@@ -40,7 +41,8 @@ int runWithWindow(int kind, const QStringList& paths)
 
     UserDefaults& defaults = UserDefaults::standardUserDefaults();
     defaults.registerDefaults(booleanFactoryDefaults());
-    GivenSelection selection(paths);
+    ClipboardSelection clipboard;
+    FileManagerSelection selection(paths, clipboard);
     WindowJobInterface ui;
     CreatingThumbnailsController controller(ui, selection, defaults);
     QObject::connect(&ui.window(), &CreatingThumbnailsWindow::stopRequested, &ui.window(),
@@ -56,7 +58,7 @@ int runWithWindow(int kind, const QStringList& paths)
 int request(const Arguments& arguments)
 {
     if (arguments.positionals.empty()) {
-        std::fprintf(stderr, "quilo request: name the action and the files\n");
+        std::fprintf(stderr, "quilo request: name the action\n");
         return kExitUsage;
     }
     const auto kind = kKindByAction.find(arguments.positionals.front());
@@ -76,11 +78,12 @@ int request(const Arguments& arguments)
     return runWithWindow(kind->second, paths);
 }
 
-constexpr const char* kHelp = R"(Usage: quilo request ACTION [--] FILE...
+constexpr const char* kHelp = R"(Usage: quilo request ACTION [--] [FILE...]
 
 Runs one of the tray application's jobs on the files, taken as the file
 manager's selection (in its order), with Quilo's progress window, its Stop
-button, alerts and folder panel. The file-manager actions that
+button, alerts and folder panel. Without files, the files a file manager
+copied to the clipboard are the selection. The file-manager actions that
 quilo install-file-manager-actions installs run this. ACTION is one of:
 
   create-thumbnails   Create Thumbnails

@@ -60,6 +60,20 @@ TEST_F(ClipboardOnX, CopiedFilesAreTheSelectionInTheFileManagersOrder)
               (QStringList{QString::fromStdString(second.string()), QString::fromStdString(first.string())}));
 }
 
+// A request's own files come first; without any, the copied files count.
+TEST_F(ClipboardOnX, HandedOverFilesComeBeforeTheClipboard)
+{
+    const fs::path copied = folder_ / "copied.jpg";
+    putOnClipboard("text/uri-list", uri(copied));
+    ClipboardSelection clipboard;
+    QStringList paths;
+    actAsUser([&] {
+        paths = FileManagerSelection({"/handed/over.jpg"}, clipboard).selectedPaths();
+        paths += FileManagerSelection({}, clipboard).selectedPaths();
+    });
+    EXPECT_EQ(paths, (QStringList{"/handed/over.jpg", QString::fromStdString(copied.string())}));
+}
+
 TEST_F(ClipboardOnX, TextOnTheClipboardIsNoSelection)
 {
     putOnClipboard("UTF8_STRING", (folder_ / "photo.jpg").string());
