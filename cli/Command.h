@@ -36,6 +36,7 @@ const Command& getIconCommand();
 const Command& createThumbnailsCommand();
 const Command& restoreThumbnailsCommand();
 const Command& saveAsIcnsCommand();
+const Command& requestCommand();
 const Command& installFileManagerActionsCommand();
 const Command& uninstallFileManagerActionsCommand();
 

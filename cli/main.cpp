@@ -14,7 +14,7 @@ std::vector<const Command*> commands()
     using namespace quilo::cli;
     return {&icnsCommand(), &infoCommand(), &extractCommand(), &setIconCommand(), &removeIconCommand(),
             &getIconCommand(), &createThumbnailsCommand(), &restoreThumbnailsCommand(), &saveAsIcnsCommand(),
-            &installFileManagerActionsCommand(), &uninstallFileManagerActionsCommand()};
+            &requestCommand(), &installFileManagerActionsCommand(), &uninstallFileManagerActionsCommand()};
 }
 
 void printOverview(std::FILE* to)

@@ -68,7 +68,11 @@ void CreatingThumbnailsController::startThumbActionForType(int kind)
         return;
     if (thread_.joinable())
         thread_.join(); // a job that has ended but whose thread was not collected yet
-    thread_ = std::thread([this, kind] { processThumbsForType(kind); });
+    thread_ = std::thread([this, kind] {
+        processThumbsForType(kind);
+        if (jobFinished_)
+            jobFinished_();
+    });
 }
 
 void CreatingThumbnailsController::waitUntilFinished()

@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -32,6 +33,8 @@ public:
     void stopCreatingThumbnailsButton() { stopProcessing_ = true; }
     // Returns when no job thread is left (the command line, tests).
     void waitUntilFinished();
+    // Called on the job's thread as each job ends, however it ends.
+    void setJobFinishedHandler(std::function<void()> handler) { jobFinished_ = std::move(handler); }
 
     bool currentlyProcessing() const { return currentlyProcessing_; }
 
@@ -53,6 +56,7 @@ private:
     UserDefaults& defaults_;
     std::atomic<bool> currentlyProcessing_{false};
     std::atomic<bool> stopProcessing_{false};
+    std::function<void()> jobFinished_;
     std::thread thread_;
 };
 

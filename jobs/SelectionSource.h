@@ -23,4 +23,23 @@ private:
     QStringList paths_;
 };
 
+// The file manager's selection as a job asks for it: the files a request
+// handed over, else the files the file manager put on the clipboard.
+class FileManagerSelection final : public SelectionSource {
+public:
+    FileManagerSelection(QStringList handedOver, SelectionSource& clipboard)
+        : handedOver_(std::move(handedOver))
+        , clipboard_(clipboard)
+    {
+    }
+    QStringList selectedPaths() override
+    {
+        return handedOver_.isEmpty() ? clipboard_.selectedPaths() : handedOver_;
+    }
+
+private:
+    QStringList handedOver_;
+    SelectionSource& clipboard_;
+};
+
 } // namespace quilo

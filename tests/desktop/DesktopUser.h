@@ -1,0 +1,137 @@
+#pragma once
+
+// A person at the test's X server: acts from a thread of its own while the
+// GUI thread runs its event loop (and the modal loops of alerts and panels),
+// looks at widgets through calls handed to the GUI thread, and clicks and
+// types through the X server itself (xdotool's XTEST input), as a real user.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QImage>
+#include <QScreen>
+#include <QThread>
+#include <QTimer>
+#include <QWidget>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+
+namespace quilo::test {
+
+// Runs `call` on the GUI thread and waits for it.
+inline void onGui(const std::function<void()>& call)
+{
+    if (QThread::currentThread() == qApp->thread())
+        call();
+    else
+        QMetaObject::invokeMethod(qApp, call, Qt::BlockingQueuedConnection);
+}
+
+// Asks `question` on the GUI thread until it holds, for up to `seconds`.
+inline bool eventually(const std::function<bool()>& question, double seconds = 30)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (std::chrono::steady_clock::now() < deadline) {
+        bool holds = false;
+        onGui([&] { holds = question(); });
+        if (holds)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return false;
+}
+
+// Runs the user's actions on their own thread while the GUI thread serves
+// events; fails the test if they take longer than `seconds`.
+inline void actAsUser(const std::function<void()>& actions, int seconds = 120)
+{
+    QEventLoop loop;
+    QTimer::singleShot(seconds * 1000, &loop, [&] {
+        ADD_FAILURE() << "the user's actions did not finish in " << seconds << " s";
+        loop.exit(1);
+    });
+    std::thread user([&] {
+        actions();
+        QMetaObject::invokeMethod(&loop, [&loop] { loop.quit(); }, Qt::QueuedConnection);
+    });
+    const int status = loop.exec();
+    if (status != 0)
+        std::_Exit(1); // the user thread is stuck in a blocking call; nothing else can be trusted
+    user.join();
+}
+
+// A visible top-level widget of that type and window title, on the GUI thread.
+template <typename Widget>
+Widget* topLevel(const QString& title)
+{
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->isVisible() && widget->windowTitle() == title)
+            if (auto* typed = qobject_cast<Widget*>(widget))
+                return typed;
+    return nullptr;
+}
+
+inline std::string commandOutput(const std::string& command)
+{
+    std::string output;
+    if (FILE* pipe = ::popen(command.c_str(), "r")) {
+        char buffer[256];
+        while (std::fgets(buffer, sizeof buffer, pipe))
+            output += buffer;
+        ::pclose(pipe);
+    }
+    return output;
+}
+
+// The X windows the server knows by that exact name (xdotool's search).
+inline std::string xWindowsNamed(const std::string& name)
+{
+    return commandOutput("xdotool search --name '^" + name + "$' 2>/dev/null");
+}
+
+// A left click at a widget's centre, through the X server.
+inline void click(QWidget* widget)
+{
+    QPoint centre;
+    onGui([&] { centre = widget->mapToGlobal(widget->rect().center()); });
+    // A synchronous move to where the pointer already is waits for a motion
+    // that never comes, so the pointer comes from one pixel beside.
+    const std::string x = std::to_string(centre.x()), y = std::to_string(centre.y());
+    const std::string command =
+        "xdotool mousemove " + std::to_string(centre.x() + 1) + " " + y + " mousemove --sync " + x + " " + y + " click 1";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+}
+
+inline void typeText(const std::string& text)
+{
+    const std::string command = "xdotool type --delay 10 '" + text + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+}
+
+inline void pressKey(const std::string& key)
+{
+    ASSERT_EQ(std::system(("xdotool key " + key).c_str()), 0);
+}
+
+// What the X server shows of the window, kept under the build's test
+// artefacts. Checks that it is a picture and not an unpainted rectangle.
+inline void keepScreenshot(QWidget* window, const std::string& name)
+{
+    QImage shot;
+    onGui([&] { shot = window->screen()->grabWindow(window->winId()).toImage(); });
+    const std::filesystem::path folder = QUILO_TEST_ARTIFACTS;
+    std::filesystem::create_directories(folder);
+    EXPECT_TRUE(shot.save(QString::fromStdString((folder / name).string())));
+    QSet<QRgb> colours;
+    for (int y = 0; y < shot.height(); y += 2)
+        for (int x = 0; x < shot.width(); x += 2)
+            colours.insert(shot.pixel(x, y));
+    EXPECT_GT(colours.size(), 8) << name << " looks blank";
+}
+
+} // namespace quilo::test
