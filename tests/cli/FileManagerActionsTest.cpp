@@ -160,5 +160,41 @@ TEST_F(FileManagerActions, AFileThatCannotBeWrittenIsNamedAndNothingIsLeftHalfDo
     EXPECT_TRUE(fs::exists(uca()) && fs::exists(script("nautilus", kActions[2])));
 }
 
+// The entries run for real: the pictures in a folder with a space in its
+// name get their icons from the Nautilus script and lose and regain them
+// through the Nemo actions.
+TEST_F(FileManagerActions, TheEntriesRunTheJobsOnTheSelectedPictures)
+{
+    const fs::path folder = directory_ / "Holiday Pictures";
+    const std::vector<std::string> names{"hills by night.jpg", "it's a lighthouse.png"};
+    fs::create_directories(folder);
+    fs::copy_file(kSamples / "hills.jpg", folder / names[0]);
+    fs::copy_file(kSamples / "lighthouse.png", folder / names[1]);
+    ASSERT_EQ(run("install-file-manager-actions --for nautilus,nemo").status, 0);
+    const std::string session = environment() + " export PATH=/usr/bin:/bin QT_QPA_PLATFORM=offscreen;";
+    auto iconsAre = [&](const char* state) {
+        for (const std::string& name : names) {
+            EXPECT_TRUE(contains(quilo("info " + sq(folder / name)), std::string("custom icon: ") + state)) << name;
+            EXPECT_EQ(fs::exists(folder / ("._" + name)), std::string(state) == "yes") << name;
+        }
+    };
+
+    const Outcome created = shell(session + " cd " + sq(folder) + " && " + sq(script("nautilus", kActions[0])) + " "
+                                  + sq(names[0]) + " " + sq(names[1]) + " 2>&1");
+    EXPECT_EQ(created.status, 0) << created.output;
+    iconsAre("yes");
+
+    std::string selection;
+    for (const std::string& name : names)
+        selection += " " + sq(folder / name);
+    for (const auto& [action, state] : {std::pair{kActions[1], "no"}, std::pair{kActions[0], "yes"}}) {
+        std::string line = nemoExec(action);
+        line.replace(line.find("%F"), 2, selection);
+        const Outcome ran = shell(session + " cd " + sq(home_) + " && " + line + " 2>&1");
+        EXPECT_EQ(ran.status, 0) << line << "\n" << ran.output;
+        iconsAre(state);
+    }
+}
+
 } // namespace
 } // namespace quilo
