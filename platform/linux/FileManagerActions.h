@@ -60,7 +60,8 @@ FileManager thunar();
 std::string shellQuoted(std::string_view word);
 
 // One argument of a desktop entry's Exec line, in double quotes with the
-// shell's specials escaped; key-file escaping still to be applied.
+// characters the shell treats as special escaped; key-file escaping still
+// to be applied.
 std::string desktopExecQuoted(std::string_view word);
 
 // A key file's string value: backslashes, line breaks and a leading space
