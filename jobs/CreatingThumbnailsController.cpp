@@ -1,5 +1,6 @@
 #include "jobs/CreatingThumbnailsController.h"
 
+#include "foundation/LocalizedStrings.h"
 #include "foundation/Log.h"
 #include "foundation/UserDefaults.h"
 #include "iconfamily/ChangeNotifier.h"
@@ -7,7 +8,6 @@
 #include "iconfamily/PictureLoader.h"
 #include "jobs/ModificationDate.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -31,11 +31,11 @@ QString titleForKind(int kind)
 {
     switch (kind) {
     case kCreateThumbnails:
-        return QCoreApplication::translate("CreatingThumbnailsController", "Creating Thumbnails...");
+        return localizedString("Creating Thumbnails...");
     case kSaveAsICNS:
-        return QCoreApplication::translate("CreatingThumbnailsController", "Creating .icns Files...");
+        return localizedString("Creating .icns Files...");
     case kRestoreThumbnails:
-        return QCoreApplication::translate("CreatingThumbnailsController", "Restoring Thumbnails...");
+        return localizedString("Restoring Thumbnails...");
     default:
         return {};
     }
