@@ -29,6 +29,11 @@ protected:
         writeFileBytes(file, std::span(reinterpret_cast<const std::uint8_t*>(content.data()), content.size()));
         const std::string command = "xclip -selection clipboard -t '" + target + "' -i " + file.string();
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        // xclip returns before its background copy owns the clipboard.
+        const std::string readBack = "xclip -selection clipboard -o -t '" + target + "' 2>/dev/null";
+        for (int attempt = 0; attempt < 250 && commandOutput(readBack) != content; ++attempt)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ASSERT_EQ(commandOutput(readBack), content);
     }
 
     std::string uri(const fs::path& path) const

@@ -118,20 +118,30 @@ inline void pressKey(const std::string& key)
     ASSERT_EQ(std::system(("xdotool key " + key).c_str()), 0);
 }
 
+inline int distinctColours(const QImage& image)
+{
+    QSet<QRgb> colours;
+    for (int y = 0; y < image.height(); y += 2)
+        for (int x = 0; x < image.width(); x += 2)
+            colours.insert(image.pixel(x, y));
+    return int(colours.size());
+}
+
 // What the X server shows of the window, kept under the build's test
-// artefacts. Checks that it is a picture and not an unpainted rectangle.
+// artefacts, once it is painted (a loaded machine maps a window some time
+// before it draws it).
 inline void keepScreenshot(QWidget* window, const std::string& name)
 {
     QImage shot;
-    onGui([&] { shot = window->screen()->grabWindow(window->winId()).toImage(); });
+    for (int attempt = 0; attempt < 100 && distinctColours(shot) <= 8; ++attempt) {
+        if (attempt > 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        onGui([&] { shot = window->screen()->grabWindow(window->winId()).toImage(); });
+    }
+    EXPECT_GT(distinctColours(shot), 8) << name << " stayed blank";
     const std::filesystem::path folder = QUILO_TEST_ARTIFACTS;
     std::filesystem::create_directories(folder);
     EXPECT_TRUE(shot.save(QString::fromStdString((folder / name).string())));
-    QSet<QRgb> colours;
-    for (int y = 0; y < shot.height(); y += 2)
-        for (int x = 0; x < shot.width(); x += 2)
-            colours.insert(shot.pixel(x, y));
-    EXPECT_GT(colours.size(), 8) << name << " looks blank";
 }
 
 } // namespace quilo::test
