@@ -4,7 +4,7 @@
 #include "foundation/PropertyList.h"
 
 #include <QDataStream>
-#include <QFile>
+#include <QIODevice>
 
 #include <array>
 #include <memory>
@@ -67,13 +67,10 @@ const QVariantMap* KeyCombo::keyCodesDictionary()
 {
     std::unique_ptr<QVariantMap>& dictionary = keyCodes();
     if (!dictionary) {
-        QFile file(keyCodesResource());
-        if (!file.open(QIODevice::ReadOnly))
+        auto names = dictionaryWithContentsOfFile(keyCodesResource());
+        if (!names)
             return nullptr;
-        const auto list = propertyListFromXml(file.readAll());
-        if (!list || list->typeId() != QMetaType::QVariantMap)
-            return nullptr;
-        dictionary = std::make_unique<QVariantMap>(list->toMap());
+        dictionary = std::make_unique<QVariantMap>(std::move(*names));
     }
     return dictionary.get();
 }

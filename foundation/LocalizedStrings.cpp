@@ -2,7 +2,6 @@
 
 #include "foundation/PropertyList.h"
 
-#include <QFile>
 #include <QHash>
 #include <QMutex>
 #include <QVariantMap>
@@ -18,11 +17,8 @@ const QVariantMap& table(const QString& name)
     QMutexLocker lock(&mutex);
     auto found = tables.find(name);
     if (found == tables.end()) {
-        QVariantMap entries;
-        QFile file(":/strings/" + name + ".plist");
-        if (file.open(QIODevice::ReadOnly))
-            entries = propertyListFromXml(file.readAll()).value_or(QVariant()).toMap();
-        found = tables.insert(name, entries);
+        const auto entries = dictionaryWithContentsOfFile(":/strings/" + name + ".plist");
+        found = tables.insert(name, entries.value_or(QVariantMap()));
     }
     return *found;
 }

@@ -1,6 +1,7 @@
 #include "foundation/PropertyList.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QVariantList>
 #include <QVariantMap>
 #include <QXmlStreamReader>
@@ -195,6 +196,17 @@ std::optional<QVariant> propertyListFromXml(const QByteArray& xml, QString* erro
     if (error)
         *error = why;
     return result;
+}
+
+std::optional<QVariantMap> dictionaryWithContentsOfFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const auto list = propertyListFromXml(file.readAll());
+    if (!list || list->typeId() != QMetaType::QVariantMap)
+        return std::nullopt;
+    return list->toMap();
 }
 
 } // namespace quilo

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QVariant>
+#include <QVariantMap>
 
 #include <optional>
 
@@ -23,5 +24,9 @@ struct PropertyListLimits {
 // anything that is not a whole, well-formed property list within the limits.
 std::optional<QVariant> propertyListFromXml(const QByteArray& xml, QString* error = nullptr,
                                             const PropertyListLimits& limits = {});
+
+// The dictionary at the root of a property-list file (Quilo's resources:
+// ":/KeyCodes.plist"); nullopt when the file is missing or holds none.
+std::optional<QVariantMap> dictionaryWithContentsOfFile(const QString& path);
 
 } // namespace quilo

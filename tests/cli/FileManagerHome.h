@@ -31,18 +31,6 @@ inline std::string sq(const std::string& word)
     return quoted + "'";
 }
 
-inline std::string text(const fs::path& path)
-{
-    const auto bytes = readFileBytes(path);
-    return {bytes.begin(), bytes.end()};
-}
-
-inline void writeText(const fs::path& path, const std::string& content)
-{
-    fs::create_directories(path.parent_path());
-    writeFileBytes(path, std::span(reinterpret_cast<const std::uint8_t*>(content.data()), content.size()));
-}
-
 inline bool isExecutable(const fs::path& path)
 {
     return (fs::status(path).permissions() & fs::perms::owner_exec) != fs::perms::none;

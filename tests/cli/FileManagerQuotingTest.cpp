@@ -22,7 +22,7 @@ protected:
             fs::copy_file(QUILO_BINARY, binary_);
         installed_ = shell(environment() + " exec " + sq(binary_) + " install-file-manager-actions --for all 2>&1");
         for (const std::string& name : names_)
-            writeText(folder_ / name, "");
+            writeFileText(folder_ / name, "");
     }
 
     // A stand-in for quilo at the path the entries run, to tell what they
@@ -30,17 +30,17 @@ protected:
     void replaceQuiloWithStandIn()
     {
         fs::remove(binary_);
-        writeText(binary_, "#!/bin/sh\nprintf '%s\\0' \"$0\" \"$@\" > \"${0%/*}/ran\"\n");
+        writeFileText(binary_, "#!/bin/sh\nprintf '%s\\0' \"$0\" \"$@\" > \"${0%/*}/ran\"\n");
         fs::permissions(binary_, fs::perms::owner_all);
     }
 
     std::vector<std::string> argumentsOf(const std::string& commandLine, const fs::path& cwd)
     {
-        writeText(binary_.parent_path() / "ran", "");
+        writeFileText(binary_.parent_path() / "ran", "");
         const Outcome ran = shell("cd " + sq(cwd) + " && " + commandLine + " 2>&1");
         EXPECT_EQ(ran.status, 0) << ran.output;
         std::vector<std::string> arguments;
-        std::istringstream record(text(binary_.parent_path() / "ran"));
+        std::istringstream record(readFileText(binary_.parent_path() / "ran"));
         for (std::string argument; std::getline(record, argument, '\0');)
             arguments.push_back(argument);
         return arguments;
@@ -87,18 +87,10 @@ TEST_F(FileManagerActionsOnOddPaths, EachFileIsWhatItsFileManagerReads)
             EXPECT_TRUE(isExecutable(script(fileManager, action))) << script(fileManager, action);
             EXPECT_EQ(shell("sh -n " + sq(script(fileManager, action))).status, 0);
         }
-    for (const Action& action : kActions) {
-        EXPECT_EQ(keyFileValue(nemoAction(action), "Nemo Action", "Name"), action.label);
-        EXPECT_EQ(keyFileValue(nemoAction(action), "Nemo Action", "Selection"), "notnone");
+    // Pictures only, where the file manager can tell.
+    for (const Action& action : kActions)
         EXPECT_EQ(keyFileValue(nemoAction(action), "Nemo Action", "Mimetypes"), "image/*;");
-        EXPECT_TRUE(keyFileValue(nemoAction(action), "Nemo Action", "Comment"));
-        EXPECT_TRUE(keyFileValue(nemoAction(action), "Nemo Action", "Icon-Name"));
-        EXPECT_EQ(keyFileValue(serviceMenu(), "Desktop Action " + action.word, "Name"), action.label);
-    }
-    EXPECT_EQ(keyFileValue(serviceMenu(), "Desktop Entry", "Actions"),
-              "create-thumbnails;restore-thumbnails;save-as-icns;");
     EXPECT_EQ(keyFileValue(serviceMenu(), "Desktop Entry", "MimeType"), "image/*;");
-    EXPECT_EQ(keyFileValue(serviceMenu(), "Desktop Entry", "X-KDE-Submenu"), "Quilo");
     EXPECT_TRUE(isExecutable(serviceMenu()));
 
     // The validator knows no service menus: it objects to the keys that

@@ -1,14 +1,9 @@
 // The selection taken from the clipboard of a real X server, put there by
-// another program (xclip) as a file manager puts copied files.
-#include "foundation/QuiloKeys.h"
-#include "foundation/UserDefaults.h"
-#include "iconfamily/IconFamily.h"
+// another program (xclip) as a file manager puts copied files. What counts
+// as copied files is tested on the formats alone in tests/jobs.
 #include "jobs/ClipboardSelection.h"
-#include "jobs/CreatingThumbnailsController.h"
 #include "tests/desktop/DesktopUser.h"
-#include "tests/jobs/RecordingJobInterface.h"
 #include "tests/support/Files.h"
-#include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <QUrl>
@@ -26,7 +21,7 @@ protected:
     void putOnClipboard(const std::string& target, const std::string& content)
     {
         const fs::path file = folder_ / "clipboard";
-        writeFileBytes(file, std::span(reinterpret_cast<const std::uint8_t*>(content.data()), content.size()));
+        writeFileText(file, content);
         const std::string command = "xclip -selection clipboard -t '" + target + "' -i " + file.string();
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
         // xclip returns before its background copy owns the clipboard.
@@ -52,6 +47,8 @@ protected:
     TemporaryDirectory folder_;
 };
 
+// Both formats file managers copy in, read from another program as a job
+// reads them; a request's own files come before them.
 TEST_F(ClipboardOnX, CopiedFilesAreTheSelectionInTheFileManagersOrder)
 {
     const fs::path first = folder_ / "a picture #1.jpg";
@@ -63,57 +60,16 @@ TEST_F(ClipboardOnX, CopiedFilesAreTheSelectionInTheFileManagersOrder)
     putOnClipboard("x-special/gnome-copied-files", "cut\n" + uri(second) + "\n" + uri(first));
     EXPECT_EQ(selectionAsAJobSeesIt(),
               (QStringList{QString::fromStdString(second.string()), QString::fromStdString(first.string())}));
-}
 
-// A request's own files come first; without any, the copied files count.
-TEST_F(ClipboardOnX, HandedOverFilesComeBeforeTheClipboard)
-{
-    const fs::path copied = folder_ / "copied.jpg";
-    putOnClipboard("text/uri-list", uri(copied));
+    // A request's own files come first; without any, the copied files count.
     ClipboardSelection clipboard;
     QStringList paths;
     actAsUser([&] {
         paths = FileManagerSelection({"/handed/over.jpg"}, clipboard).selectedPaths();
         paths += FileManagerSelection({}, clipboard).selectedPaths();
     });
-    EXPECT_EQ(paths, (QStringList{"/handed/over.jpg", QString::fromStdString(copied.string())}));
-}
-
-TEST_F(ClipboardOnX, TextOnTheClipboardIsNoSelection)
-{
-    putOnClipboard("UTF8_STRING", (folder_ / "photo.jpg").string());
-    EXPECT_TRUE(selectionAsAJobSeesIt().isEmpty());
-    putOnClipboard("text/uri-list", "https://example.org/photo.jpg\r\n");
-    EXPECT_TRUE(selectionAsAJobSeesIt().isEmpty());
-}
-
-// A whole job over copied files: the pictures are walked from the last copied
-// to the first, and each gets its icon.
-TEST_F(ClipboardOnX, JobRunsOnTheCopiedFiles)
-{
-    const fs::path pictures = fs::path(QUILO_SOURCE_DIR) / "tests/fixtures/pictures";
-    std::vector<fs::path> copied;
-    std::string uris;
-    for (const char* name : {"one.jpg", "two.jpg"}) {
-        copied.push_back(folder_ / name);
-        fs::copy_file(pictures / "gradient.jpg", copied.back());
-        uris += uri(copied.back()) + "\r\n";
-    }
-    putOnClipboard("text/uri-list", uris);
-
-    UserDefaults defaults(QString::fromStdString((folder_ / "defaults.conf").string()));
-    defaults.registerDefaults(booleanFactoryDefaults());
-    RecordingJobInterface ui;
-    ClipboardSelection selection;
-    LogCapture log;
-    CreatingThumbnailsController controller(ui, selection, defaults);
-    controller.startThumbActionForType(kCreateThumbnails);
-    actAsUser([&] { controller.waitUntilFinished(); });
-
-    EXPECT_EQ(log.lines(), (std::vector<std::string>{"Processing " + copied[1].string(),
-                                                     "Processing " + copied[0].string()}));
-    for (const fs::path& path : copied)
-        EXPECT_TRUE(IconFamily::iconFamilyWithIconOfFile(path));
+    EXPECT_EQ(paths, (QStringList{"/handed/over.jpg", QString::fromStdString(second.string()),
+                                  QString::fromStdString(first.string())}));
 }
 
 } // namespace

@@ -153,25 +153,5 @@ TEST(TheUnarchiverReadsOurSidecars, InAZipAsAMacPacksThem)
     }
 }
 
-TEST(TheUnarchiverReadsOurSidecars, ASidecarOnItsOwn)
-{
-    ASSERT_TRUE(hasTheUnarchiver()) << "lsar, unar or zip is not installed (scripts/setup installs them)";
-    if (IsSkipped())
-        return;
-    TemporaryDirectory directory;
-    const CustomIconTree tree(directory.path());
-    for (const Item& item : itemsOf(tree)) {
-        SCOPED_TRACE(item.nameInArchive);
-        const auto sidecar = CustomIconTree::sidecarOf(item.path);
-        const ProgramResult listing = runProgram({"lsar", "-L", sidecar.string()});
-        ASSERT_EQ(listing.status, 0) << listing.output;
-        const std::vector<Fields> entries = lsarEntries(listing.output);
-        ASSERT_EQ(entries.size(), 1u) << listing.output;
-        EXPECT_EQ(field(entries[0], "Is a Mac OS resource fork"), "Yes");
-        EXPECT_EQ(field(entries[0], "Start of data"), std::to_string(kMacResourceForkOffset));
-        expectLsarAgrees(entries[0], item, readSidecar(sidecar));
-    }
-}
-
 } // namespace
 } // namespace quilo::test

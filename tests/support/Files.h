@@ -32,4 +32,17 @@ inline void writeFileBytes(const std::filesystem::path& path, std::span<const st
     file.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
+inline std::string readFileText(const std::filesystem::path& path)
+{
+    const auto bytes = readFileBytes(path);
+    return {bytes.begin(), bytes.end()};
+}
+
+// Writes the text, making the file's folders first.
+inline void writeFileText(const std::filesystem::path& path, const std::string& text)
+{
+    std::filesystem::create_directories(path.parent_path());
+    writeFileBytes(path, std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+}
+
 } // namespace quilo::test

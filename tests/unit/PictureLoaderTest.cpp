@@ -143,8 +143,7 @@ TEST(PictureLoader, GivesACleanErrorForWhatIsNotAWholePicture)
     const auto jpeg = test::readFileBytes(kPictures / "gradient.jpg");
     const auto png = test::readFileBytes(kPictures / "gradient.png");
     test::writeFileBytes(directory / "empty.jpg", {});
-    const std::string text = "Dear diary, today I named a text file .jpg\n";
-    test::writeFileBytes(directory / "text.jpg", std::span(reinterpret_cast<const std::uint8_t*>(text.data()), text.size()));
+    test::writeFileText(directory / "text.jpg", "Dear diary, today I named a text file .jpg\n");
     test::writeFileBytes(directory / "cut.jpg", std::span(jpeg).first(jpeg.size() / 2));
     test::writeFileBytes(directory / "cut.png", std::span(png).first(png.size() / 2));
     for (const char* name : {"empty.jpg", "text.jpg", "cut.jpg", "cut.png", "absent.png"}) {
