@@ -1,0 +1,13 @@
+#pragma once
+
+#include "hotkeys/QuiloApplication.h"
+#include "tests/support/RecordingHotKeyRegistrar.h"
+
+namespace quilo::test {
+
+// The hot-key service under the run's one QuiloApplication.
+extern RecordingHotKeyRegistrar* gRegistrar;
+// How often the delegate heard that launching finished.
+extern int gLaunchesFinished;
+
+} // namespace quilo::test
