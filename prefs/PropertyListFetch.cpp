@@ -32,6 +32,7 @@ public:
         QEventLoop loop;
         QTimer deadline;
         deadline.setSingleShot(true);
+        deadline.setTimerType(Qt::PreciseTimer);
         QObject::connect(&deadline, &QTimer::timeout, &loop,
                          [&] { stop(reply, QString("no answer within %1 ms").arg(timeout_.count())); });
         QObject::connect(reply, &QNetworkReply::redirected, &loop, [&](const QUrl& to) { follow(reply, to); });
