@@ -72,6 +72,12 @@ TEST_F(UpdateCheckTest, DontAskAgainTurnsTheAutomaticCheckOff)
     EXPECT_EQ(defaults_.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(false));
     EXPECT_TRUE(opened_.urls().isEmpty());
     expectRecorded(before);
+
+    // Both kept as the user's own values, of their types, for the next launch.
+    ASSERT_TRUE(defaults_.synchronize());
+    const UserDefaults nextLaunch(QString::fromStdString((folder_ / "defaults.conf").string()));
+    EXPECT_EQ(nextLaunch.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(false));
+    EXPECT_EQ(nextLaunch.objectForKey(RTZLastCheckForUpdatesKey).typeId(), QMetaType::QDateTime);
 }
 
 // Asked for, the check cannot turn itself off: "Yes" and "No" only.
