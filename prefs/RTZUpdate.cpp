@@ -73,6 +73,11 @@ RTZUpdate::RTZUpdate(const QString& application, const QUrl& atURL, UserDefaults
 {
 }
 
+void RTZUpdate::setAlertRunner(AlertRunner runAlert)
+{
+    runAlert_ = runAlert ? std::move(runAlert) : AlertRunner(runUpdateAlertBox);
+}
+
 void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVersion, const QString& autoCheckKey,
                                 const QString& lastCheckKey, [[maybe_unused]] bool sheetModal)
 {

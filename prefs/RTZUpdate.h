@@ -34,9 +34,9 @@ public:
     const QUrl& dictURL() const { return dictURL_; }
     void setDictURL(const QUrl& dictURL) { dictURL_ = dictURL; }
 
-    // How alerts are shown (a QMessageBox unless set) and how long the fetch
-    // may take in all.
-    void setAlertRunner(AlertRunner runAlert) { runAlert_ = std::move(runAlert); }
+    // How alerts are shown (a QMessageBox unless set; an empty runner puts
+    // it back) and how long the fetch may take in all.
+    void setAlertRunner(AlertRunner runAlert);
     void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
 
     // One whole check, synchronously: fetch, compare, alert, act; then the

@@ -95,16 +95,17 @@ TEST_F(UpdateCheckTest, ManualCheckOffersYesAndNo)
     expectRecorded(before);
 }
 
-// Versions are told apart as strings: older, longer, a trailing blank, a
-// different case all count as an update. A line break in one is not let into
-// the log.
+// Versions are told apart as strings: older, longer, a blank before or after,
+// a letter added, none at all, all count as an update. A line break in one is
+// not let into the log, nor the whole of a long one.
 TEST_F(UpdateCheckTest, AnyOtherVersionStringIsAnUpdate)
 {
     const struct {
         QString published;
         std::string logged;
     } versions[] = {{"1.0", "1.0"}, {"1.10", "1.10"}, {"1.1 ", "1.1 "}, {" 1.1", " 1.1"},
-                    {"1.1b", "1.1b"}, {"", ""}, {"1.1\nforged", "1.1?forged"}};
+                    {"1.1b", "1.1b"}, {"", ""}, {"1.1\nforged", "1.1?forged"},
+                    {QString(300, '9'), std::string(200, '9') + "..."}};
     for (const auto& version : versions) {
         alerts_.clear();
         publish(updateDocument(version.published));
