@@ -1,0 +1,85 @@
+#include "prefs/UpdateAlertBox.h"
+
+#include "foundation/Log.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QThread>
+
+namespace quilo {
+namespace {
+
+QPushButton* addButton(QMessageBox& box, const QString& title, QMessageBox::ButtonRole role)
+{
+    QPushButton* button = box.addButton(title, role);
+    button->setAccessibleName(title);
+    return button;
+}
+
+void setTexts(QMessageBox& box, const UpdateAlert& alert)
+{
+    box.setWindowTitle(alert.messageText);
+    box.setTextFormat(Qt::RichText);
+    box.setText("<b>" + alert.messageText.toHtmlEscaped() + "</b>");
+    box.setInformativeText(alert.informativeText);
+    // The version in the sentence comes from the network: text, never markup.
+    if (auto* informative = box.findChild<QLabel*>("qt_msgbox_informativelabel"))
+        informative->setTextFormat(Qt::PlainText);
+    // Qt's box wraps a sentence into a narrow column otherwise.
+    box.setStyleSheet("QLabel#qt_msgbox_informativelabel { min-width: 320px; }");
+    const QIcon icon = QApplication::windowIcon();
+    if (icon.isNull())
+        box.setIcon(QMessageBox::Information);
+    else
+        box.setIconPixmap(icon.pixmap(64, 64));
+}
+
+int runOnGuiThread(const UpdateAlert& alert)
+{
+    QMessageBox box;
+    box.setObjectName("UpdateAlert");
+    box.setWindowModality(Qt::ApplicationModal);
+    setTexts(box, alert);
+    QPushButton* defaultButton = addButton(box, alert.defaultButton, QMessageBox::AcceptRole);
+    QPushButton* alternate =
+        alert.alternateButton ? addButton(box, *alert.alternateButton, QMessageBox::DestructiveRole) : nullptr;
+    QPushButton* other = alert.otherButton ? addButton(box, *alert.otherButton, QMessageBox::RejectRole) : nullptr;
+    box.setDefaultButton(defaultButton);
+    // Escape and the window's close box answer "No" where there is one; never
+    // "Don't Ask Again", which would change a setting unasked.
+    box.setEscapeButton(other ? other : defaultButton);
+
+    QApplication::beep();
+    box.show();
+    box.raise();
+    box.activateWindow();
+    box.exec();
+
+    const QAbstractButton* chosen = box.clickedButton();
+    if (chosen == defaultButton)
+        return kAlertDefaultReturn;
+    if (alternate && chosen == alternate)
+        return kAlertAlternateReturn;
+    return kAlertOtherReturn;
+}
+
+} // namespace
+
+int runUpdateAlertBox(const UpdateAlert& alert)
+{
+    auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application) {
+        logLine("No update alert shown: there is no window system to show it on.");
+        return kAlertOtherReturn;
+    }
+    if (QThread::currentThread() == application->thread())
+        return runOnGuiThread(alert);
+    int answer = kAlertOtherReturn;
+    QMetaObject::invokeMethod(
+        application, [&] { answer = runOnGuiThread(alert); }, Qt::BlockingQueuedConnection);
+    return answer;
+}
+
+} // namespace quilo

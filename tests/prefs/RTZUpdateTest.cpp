@@ -1,0 +1,164 @@
+// The update check's answers: up to date, a different version published, and
+// what each button of its alerts does.
+#include "tests/prefs/UpdateCheckFixture.h"
+
+#include <QCoreApplication>
+
+#include <thread>
+
+namespace quilo {
+namespace {
+
+using namespace quilo::test;
+using Lines = std::vector<std::string>;
+
+const UpdateAlert kAutomaticOffer{"A new version is available",
+                                  "Quilo 1.2 is available. Would you like to go to its download page now?", "Yes",
+                                  "Don't Ask Again", "No"};
+
+TEST_F(UpdateCheckTest, AutomaticCheckOfTheCurrentVersionShowsNothing)
+{
+    publish(updateDocument("1.1"));
+    const QDateTime before = QDateTime::currentDateTime();
+    check(false);
+    EXPECT_EQ(log_.lines(), (Lines{"Checking for updates...", "Quilo is up-to-date."}));
+    EXPECT_TRUE(alerts_.empty());
+    EXPECT_TRUE(opened_.urls().isEmpty());
+    EXPECT_TRUE(defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey));
+    expectRecorded(before);
+    EXPECT_EQ(server_.requests(), QStringList{"GET /appversions.xml"});
+}
+
+// The alert says so with one button; whether it would have been a sheet
+// changes nothing.
+TEST_F(UpdateCheckTest, ManualCheckOfTheCurrentVersionSaysSo)
+{
+    publish(updateDocument("1.1"));
+    const QDateTime before = QDateTime::currentDateTime();
+    check(true, kAlertDefaultReturn);
+    const UpdateAlert upToDate{"Quilo is up to date", "Quilo 1.1 is the newest version available.", "OK",
+                               std::nullopt, std::nullopt};
+    ASSERT_EQ(alerts_.size(), 1u);
+    EXPECT_EQ(alerts_[0], upToDate);
+    EXPECT_EQ(log_.lines(), (Lines{"Checking for updates...", "Quilo is up-to-date."}));
+    expectRecorded(before);
+
+    check(true, kAlertDefaultReturn, {}, true);
+    ASSERT_EQ(alerts_.size(), 2u);
+    EXPECT_EQ(alerts_[1], upToDate);
+    EXPECT_TRUE(opened_.urls().isEmpty());
+}
+
+TEST_F(UpdateCheckTest, AutomaticCheckOffersTheUpdateAndYesOpensItsPage)
+{
+    publish(updateDocument("1.2"));
+    const QDateTime before = QDateTime::currentDateTime();
+    check(false, kAlertDefaultReturn);
+    ASSERT_EQ(alerts_.size(), 1u);
+    EXPECT_EQ(alerts_[0], kAutomaticOffer);
+    EXPECT_EQ(log_.lines(), (Lines{"Checking for updates...", "Quilo version 1.2 is available."}));
+    EXPECT_EQ(opened_.urls(), QList<QUrl>{QUrl("https://www.example.com/quilo/")});
+    EXPECT_TRUE(defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey));
+    expectRecorded(before);
+}
+
+TEST_F(UpdateCheckTest, DontAskAgainTurnsTheAutomaticCheckOff)
+{
+    publish(updateDocument("1.2"));
+    const QDateTime before = QDateTime::currentDateTime();
+    check(false, kAlertAlternateReturn);
+    ASSERT_EQ(alerts_.size(), 1u);
+    EXPECT_EQ(alerts_[0], kAutomaticOffer);
+    EXPECT_EQ(defaults_.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(false));
+    EXPECT_TRUE(opened_.urls().isEmpty());
+    expectRecorded(before);
+
+    // Both kept as the user's own values, of their types, for the next launch.
+    ASSERT_TRUE(defaults_.synchronize());
+    const UserDefaults nextLaunch(QString::fromStdString((folder_ / "defaults.conf").string()));
+    EXPECT_EQ(nextLaunch.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(false));
+    EXPECT_EQ(nextLaunch.objectForKey(RTZLastCheckForUpdatesKey).typeId(), QMetaType::QDateTime);
+}
+
+// Asked for, the check cannot turn itself off: "Yes" and "No" only.
+TEST_F(UpdateCheckTest, ManualCheckOffersYesAndNo)
+{
+    publish(updateDocument("1.2"));
+    const QDateTime before = QDateTime::currentDateTime();
+    check(true, kAlertOtherReturn);
+    ASSERT_EQ(alerts_.size(), 1u);
+    EXPECT_EQ(alerts_[0].defaultButton, "Yes");
+    EXPECT_EQ(alerts_[0].alternateButton, std::nullopt);
+    EXPECT_EQ(alerts_[0].otherButton, "No");
+    EXPECT_TRUE(opened_.urls().isEmpty());
+    EXPECT_TRUE(defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey));
+    expectRecorded(before);
+}
+
+// Versions are told apart as strings: older, longer, a blank before or after,
+// a letter added, none at all, all count as an update. A line break in one is
+// not let into the log, nor the whole of a long one.
+TEST_F(UpdateCheckTest, AnyOtherVersionStringIsAnUpdate)
+{
+    const struct {
+        QString published;
+        std::string logged;
+    } versions[] = {{"1.0", "1.0"}, {"1.10", "1.10"}, {"1.1 ", "1.1 "}, {" 1.1", " 1.1"},
+                    {"1.1b", "1.1b"}, {"", ""}, {"1.1\nforged", "1.1?forged"},
+                    {QString(300, '9'), std::string(200, '9') + "..."}};
+    for (const auto& version : versions) {
+        alerts_.clear();
+        publish(updateDocument(version.published));
+        LogCapture log;
+        check(false);
+        ASSERT_EQ(alerts_.size(), 1u) << version.logged;
+        EXPECT_TRUE(alerts_[0].informativeText.startsWith("Quilo " + version.published + " is available."));
+        const std::string available = "Quilo version " + version.logged + " is available.";
+        EXPECT_EQ(log.lines(), (Lines{"Checking for updates...", available}));
+    }
+    EXPECT_EQ(notifications_.size(), std::size(versions));
+}
+
+TEST_F(UpdateCheckTest, DownloadAddressesThatAreNotWebPagesAreIgnored)
+{
+    for (const QString address : {"file:///etc/passwd", "javascript:alert(1)", "ftp://www.example.com/quilo.zip",
+                                   "www.example.com/quilo/", "http://"}) {
+        publish(updateDocument("1.2", address));
+        LogCapture log;
+        check(false, kAlertDefaultReturn);
+        const std::string ignored = "Ignoring a download address that is not http or https: " + address.toStdString();
+        EXPECT_EQ(log.lines(), (Lines{"Checking for updates...", "Quilo version 1.2 is available.", ignored}));
+    }
+    EXPECT_TRUE(opened_.urls().isEmpty());
+    EXPECT_EQ(notifications_.size(), 5u);
+}
+
+// Without an address "Yes" opens nothing and nothing is said about it.
+TEST_F(UpdateCheckTest, MissingDownloadAddressOpensNothing)
+{
+    publish(updateDocument("1.2", QString()));
+    const QDateTime before = QDateTime::currentDateTime();
+    check(true, kAlertDefaultReturn);
+    EXPECT_EQ(alerts_.size(), 1u);
+    EXPECT_EQ(log_.lines(), (Lines{"Checking for updates...", "Quilo version 1.2 is available."}));
+    EXPECT_TRUE(opened_.urls().isEmpty());
+    expectRecorded(before);
+}
+
+// The automatic check runs on a thread of its own: its notification comes on
+// that thread, and the page it opens is opened by the GUI thread.
+TEST_F(UpdateCheckTest, CheckOnItsOwnThreadOpensThePageOnTheGuiThread)
+{
+    publish(updateDocument("1.2", "http://www.example.com/quilo/"));
+    std::thread thread([&] { check(false, kAlertDefaultReturn); });
+    thread.join();
+    ASSERT_EQ(notifiedOn_.size(), 1u);
+    EXPECT_NE(notifiedOn_[0], QThread::currentThread());
+    EXPECT_TRUE(opened_.urls().isEmpty()) << "opened before the GUI thread got to it";
+    QCoreApplication::processEvents();
+    EXPECT_EQ(opened_.urls(), QList<QUrl>{QUrl("http://www.example.com/quilo/")});
+    EXPECT_EQ(opened_.threads(), QList<QThread*>{QThread::currentThread()});
+}
+
+} // namespace
+} // namespace quilo

@@ -1,0 +1,50 @@
+// The system's version in the Gestalt form, and the maker's web site.
+#include "prefs/MakersWebSite.h"
+#include "prefs/RTZMacOSVersion.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/utsname.h>
+
+namespace quilo {
+namespace {
+
+TEST(RTZMacOSVersion, ReleasesInBinaryCodedDecimal)
+{
+    const struct {
+        const char* release;
+        std::int32_t number;
+    } releases[] = {
+        {"10.4.9", 0x1049},   {"6.1.0-18-amd64", 0x0610}, {"6.1", 0x0610},   {"6", 0x0600},
+        {"5.15.167", 0x0599}, {"4.19.0-cloud", 0x0490},   {"123.4.5", 0x9945}, {"6.1.x", 0x0610},
+        {"6..2", 0x0600},     {"", 0},                    {"v6.1", 0},        {"-1.2", 0},
+        {"99999999999999999999.1.1", 0x9911},
+    };
+    for (const auto& release : releases)
+        EXPECT_EQ(RTZMacOSVersion::versionNumberFromRelease(release.release), release.number) << release.release;
+}
+
+TEST(RTZMacOSVersion, RunningSystem)
+{
+    utsname system{};
+    ASSERT_EQ(::uname(&system), 0);
+    const std::int32_t number = RTZMacOSVersion::systemVersionNumber();
+    EXPECT_NE(number, 0);
+    EXPECT_EQ(number, RTZMacOSVersion::versionNumberFromRelease(system.release)) << system.release;
+}
+
+TEST(MakersWebSite, PagesOnTheConfiguredSite)
+{
+    const QUrl site(QUILO_MAKER_SITE);
+    const std::pair<QUrl, QString> pages[] = {{updateDocumentURL(), "/appversions.xml"},
+                                              {donationPageURL(), "/register/"}};
+    for (const auto& [url, path] : pages) {
+        EXPECT_TRUE(url.scheme() == "http" || url.scheme() == "https") << url.toString().toStdString();
+        EXPECT_EQ(url.host(), site.host());
+        EXPECT_EQ(url.port(), site.port());
+        EXPECT_EQ(url.path(), path);
+    }
+}
+
+} // namespace
+} // namespace quilo
