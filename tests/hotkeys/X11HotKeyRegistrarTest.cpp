@@ -252,6 +252,22 @@ TEST_F(X11HotKeys, AGoneRegistrarGivesItsKeysBack)
     EXPECT_NE(registrar_.registerEventHotKey(kMacT, cmdKey + shiftKey, kId), 0u);
 }
 
+// The last registrar takes the table and its event filter along; the next
+// one starts them anew.
+TEST(X11HotKeyRegistrar, KeysWorkAgainAfterEveryRegistrarWasGone)
+{
+    for (int round = 0; round < 2; ++round) {
+        X11HotKeyRegistrar registrar;
+        int presses = 0;
+        registrar.setEventHandler([&](const HotKeyEvent& event) {
+            presses += event.transition == HotKeyTransition::Pressed;
+        });
+        ASSERT_NE(registrar.registerEventHotKey(kMacT, cmdKey + shiftKey, kId), 0u) << round;
+        xdotool("key super+shift+t");
+        EXPECT_TRUE(serveEventsUntil([&] { return presses == 1; })) << round;
+    }
+}
+
 TEST_F(X11HotKeys, KeysWithoutAnXKeycodeAreRefused)
 {
     EXPECT_EQ(registrar_.registerEventHotKey(66, cmdKey, kId), 0u) << "no Mac key has code 66";
