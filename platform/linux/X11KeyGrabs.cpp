@@ -100,7 +100,7 @@ void X11KeyGrabs::ungrab(const X11HotKeyRegistrar& owner, EventHotKeyRef ref)
 {
     const auto grab =
         std::find_if(mGrabs.begin(), mGrabs.end(), [&](const Grab& g) { return g.ref == ref && g.owner == &owner; });
-    if (ref == 0 || grab == mGrabs.end())
+    if (grab == mGrabs.end())
         return;
     if (grab->grabbed)
         ungrabVariants(grab->keycode, grab->mask);
@@ -155,7 +155,8 @@ bool X11KeyGrabs::grabVariants(xcb_keycode_t keycode, std::uint16_t mask)
         xcb_ungrab_key(mConnection, keycode, mRoot, std::uint16_t(mask | variant));
     sync(mConnection);
     if (failure == kBadAccess)
-        logFormat("X keycode %u with modifiers 0x%02X is grabbed by another program", unsigned(keycode), unsigned(mask));
+        logFormat("X keycode %u with modifiers 0x%02X is grabbed by another program", unsigned(keycode),
+                  unsigned(mask));
     else
         logFormat("X keycode %u with modifiers 0x%02X could not be grabbed: X error %u", unsigned(keycode),
                   unsigned(mask), unsigned(failure));
