@@ -50,6 +50,8 @@ std::shared_ptr<X11KeyGrabs> X11KeyGrabs::shared()
     xcb_connection_t* connection = x11 ? x11->connection() : nullptr;
     if (!connection)
         return nullptr;
+    // The first screen's root: a display of several X screens, rare since
+    // RandR, has its hot keys on that one.
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
     std::shared_ptr<X11KeyGrabs> grabs(new X11KeyGrabs(connection, root));
     current() = grabs;
@@ -67,8 +69,10 @@ X11KeyGrabs::X11KeyGrabs(xcb_connection_t* connection, xcb_window_t root)
 
 X11KeyGrabs::~X11KeyGrabs()
 {
-    if (QCoreApplication* application = QCoreApplication::instance())
-        application->removeNativeEventFilter(this);
+    QCoreApplication* application = QCoreApplication::instance();
+    if (!application)
+        return; // Qt's connection went with the application, and the grabs with it
+    application->removeNativeEventFilter(this);
     for (const Grab& grab : mGrabs)
         if (grab.grabbed)
             ungrabVariants(grab.keycode, grab.mask);
@@ -102,9 +106,10 @@ void X11KeyGrabs::ungrab(const X11HotKeyRegistrar& owner, EventHotKeyRef ref)
         std::find_if(mGrabs.begin(), mGrabs.end(), [&](const Grab& g) { return g.ref == ref && g.owner == &owner; });
     if (grab == mGrabs.end())
         return;
-    if (grab->grabbed)
+    if (grab->grabbed && QCoreApplication::instance()) {
         ungrabVariants(grab->keycode, grab->mask);
-    sync(mConnection);
+        sync(mConnection);
+    }
     mGrabs.erase(grab);
 }
 
