@@ -1,18 +1,15 @@
 // Hot keys grabbed on a real X server and pressed through it (xdotool's
 // XTEST input), with other programs on the same server.
-#include "HotKeysLib/KeyCombo.h"
+#include "HotKeysLib/HotKeyCenter.h"
 #include "platform/linux/X11HotKeyRegistrar.h"
 #include "platform/linux/X11ModifierMasks.h"
-#include "tests/hotkeys/OtherXClient.h"
+#include "tests/hotkeys/OtherXPrograms.h"
 #include "tests/support/LogCapture.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QGuiApplication>
 
-#include <csignal>
-#include <fstream>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace quilo {
@@ -47,47 +44,6 @@ void xdotool(const std::string& arguments)
     const std::string command = "xdotool " + arguments;
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
 }
-
-// xev, another program, with its window focused: a grab must win over it.
-class FocusedWindow {
-public:
-    explicit FocusedWindow(const std::string& log) : log_(log)
-    {
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            std::freopen(log.c_str(), "w", stdout);
-            ::execlp("xev", "xev", "-name", "quilo-focus", "-event", "keyboard", nullptr);
-            ::_exit(127);
-        }
-        xdotool("search --sync --name '^quilo-focus$' windowfocus --sync");
-    }
-    ~FocusedWindow()
-    {
-        ::kill(pid_, SIGTERM);
-        ::waitpid(pid_, nullptr, 0);
-    }
-
-    // xev prints an event as a paragraph: its name, then its fields.
-    bool sawKeyPress(int keycode) const
-    {
-        std::ifstream file(log_);
-        std::string line;
-        bool inPress = false;
-        while (std::getline(file, line)) {
-            if (line.empty())
-                inPress = false;
-            else if (line.starts_with("KeyPress event"))
-                inPress = true;
-            else if (inPress && line.find("keycode " + std::to_string(keycode) + " ") != std::string::npos)
-                return true;
-        }
-        return false;
-    }
-
-private:
-    std::string log_;
-    pid_t pid_ = -1;
-};
 
 class X11HotKeys : public ::testing::Test {
 protected:
@@ -170,12 +126,8 @@ TEST_F(X11HotKeys, AHeldKeyIsOnePressWhateverTheServerRepeats)
     xdotool("keyup t keyup shift keyup super");
     serveEventsFor(300);
     expectOnePressAndRelease(ref);
-}
 
-TEST_F(X11HotKeys, ReleaseCountsWhenTheModifiersWentFirst)
-{
-    const EventHotKeyRef ref = registrar_.registerEventHotKey(kMacT, cmdKey + shiftKey, kId);
-    ASSERT_NE(ref, 0u);
+    // The release is the key's, whichever modifiers are still down.
     xdotool("keydown super+shift+t keyup super keyup shift keyup t");
     serveEventsFor(300);
     expectOnePressAndRelease(ref);
@@ -241,19 +193,8 @@ TEST_F(X11HotKeys, AnUnregisteredKeyIsSilentAndFreeForOthers)
     EXPECT_TRUE(other.grabKey(kXT, kSuperShift | XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2));
 }
 
-TEST_F(X11HotKeys, AGoneRegistrarGivesItsKeysBack)
-{
-    auto gone = std::make_unique<X11HotKeyRegistrar>();
-    ASSERT_NE(gone->registerEventHotKey(kMacT, cmdKey + shiftKey, kId), 0u);
-    gone.reset();
-    OtherXClient other;
-    EXPECT_TRUE(other.grabKey(kXT, kSuperShift));
-    other.ungrabKey(kXT, kSuperShift);
-    EXPECT_NE(registrar_.registerEventHotKey(kMacT, cmdKey + shiftKey, kId), 0u);
-}
-
-// The last registrar takes the table and its event filter along; the next
-// one starts them anew.
+// The last registrar takes the table and its event filter along, giving
+// its keys back; the next one starts them anew.
 TEST(X11HotKeyRegistrar, KeysWorkAgainAfterEveryRegistrarWasGone)
 {
     for (int round = 0; round < 2; ++round) {
@@ -266,6 +207,22 @@ TEST(X11HotKeyRegistrar, KeysWorkAgainAfterEveryRegistrarWasGone)
         xdotool("key super+shift+t");
         EXPECT_TRUE(serveEventsUntil([&] { return presses == 1; })) << round;
     }
+    OtherXClient other;
+    EXPECT_TRUE(other.grabKey(kXT, kSuperShift));
+}
+
+// The shared centre stands on the session's registrar: X11 here.
+TEST(HotKeyCenterOnX, TheSharedCentreSendsTheActionOfAKeyPressedOnTheServer)
+{
+    HotKeyCenter& center = HotKeyCenter::sharedCenter();
+    int presses = 0;
+    ASSERT_TRUE(center.addHotKey("Create Thumbnails", KeyCombo(kMacT, cmdKey + shiftKey), &presses,
+                                 [&](HotKeyCenter& sender) { presses += &sender == &center; }));
+    xdotool("key super+shift+t");
+    EXPECT_TRUE(serveEventsUntil([&] { return presses == 1; }));
+    center.removeHotKey("Create Thumbnails");
+    OtherXClient other;
+    EXPECT_TRUE(other.grabKey(kXT, kSuperShift)) << "removing gives the key back";
 }
 
 TEST_F(X11HotKeys, KeysWithoutAnXKeycodeAreRefused)

@@ -1,14 +1,21 @@
 #pragma once
 
-// Another program on the test's X server: a connection of its own that
-// grabs keys on the root window and watches for them.
+// Other programs on the test's X server: a connection of its own that
+// grabs keys on the root window and watches for them, and a window that
+// has the keyboard focus.
 #include <gtest/gtest.h>
 
 #include <xcb/xcb.h>
 
 #include <chrono>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <string>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace quilo::test {
 
@@ -60,6 +67,48 @@ public:
 private:
     xcb_connection_t* connection_;
     xcb_window_t root_ = 0;
+};
+
+// xev, another program, with its window focused: a grab must win over it.
+class FocusedWindow {
+public:
+    explicit FocusedWindow(const std::string& log) : log_(log)
+    {
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            std::freopen(log.c_str(), "w", stdout);
+            ::execlp("xev", "xev", "-name", "quilo-focus", "-event", "keyboard", nullptr);
+            ::_exit(127);
+        }
+        const char* focus = "xdotool search --sync --name '^quilo-focus$' windowfocus --sync";
+        EXPECT_EQ(std::system(focus), 0) << focus;
+    }
+    ~FocusedWindow()
+    {
+        ::kill(pid_, SIGTERM);
+        ::waitpid(pid_, nullptr, 0);
+    }
+
+    // xev prints an event as a paragraph: its name, then its fields.
+    bool sawKeyPress(int keycode) const
+    {
+        std::ifstream file(log_);
+        std::string line;
+        bool inPress = false;
+        while (std::getline(file, line)) {
+            if (line.empty())
+                inPress = false;
+            else if (line.starts_with("KeyPress event"))
+                inPress = true;
+            else if (inPress && line.find("keycode " + std::to_string(keycode) + " ") != std::string::npos)
+                return true;
+        }
+        return false;
+    }
+
+private:
+    std::string log_;
+    pid_t pid_ = -1;
 };
 
 } // namespace quilo::test
