@@ -87,6 +87,7 @@ public:
     {
         ::kill(pid_, SIGTERM);
         ::waitpid(pid_, nullptr, 0);
+        std::remove(log_.c_str());
     }
 
     // xev prints an event as a paragraph: its name, then its fields.
