@@ -1,0 +1,243 @@
+// The hot-key centre over a registrar the test controls: what it registers,
+// what a press sends, and the quirks it keeps (a key turned off and on stays
+// silent, assertions with their texts and lines).
+#include "HotKeysLib/HotKeyCenter.h"
+#include "tests/support/RecordingHotKeyRegistrar.h"
+
+#include <gtest/gtest.h>
+
+namespace quilo {
+namespace {
+
+using test::RecordingHotKeyRegistrar;
+using Registration = RecordingHotKeyRegistrar::Registration;
+
+const KeyCombo kCommandShiftT(17, cmdKey + shiftKey);
+const KeyCombo kCommandOptionShiftT(17, cmdKey + optionKey + shiftKey);
+
+struct Receiver {
+    std::vector<HotKeyCenter*> senders;
+    void pressed(HotKeyCenter& sender) { senders.push_back(&sender); }
+};
+
+class HotKeyCenterTest : public ::testing::Test {
+protected:
+    HotKeyCenterTest()
+    {
+        auto registrar = std::make_unique<RecordingHotKeyRegistrar>();
+        registrar_ = registrar.get();
+        center_ = std::make_unique<HotKeyCenter>(std::move(registrar));
+    }
+
+    bool add(const QString& name, const KeyCombo& combo)
+    {
+        return center_->addHotKey(name, combo, &receiver_, &Receiver::pressed);
+    }
+
+    // What the system holds: registrations it accepted and that were not
+    // given back.
+    std::vector<Registration> live() const
+    {
+        std::vector<Registration> held;
+        for (const Registration& registration : registrar_->registrations)
+            if (registration.ref != 0 && std::ranges::count(registrar_->unregistered, registration.ref) == 0)
+                held.push_back(registration);
+        return held;
+    }
+
+    EventHotKeyRef lastRef() const { return registrar_->registrations.back().ref; }
+
+    // The system reports a key, with the identifier it was registered with,
+    // as long as it holds it.
+    void press(EventHotKeyRef ref, HotKeyTransition transition = HotKeyTransition::Pressed)
+    {
+        for (const Registration& registration : live())
+            if (registration.ref == ref)
+                registrar_->deliver(ref, transition, registration.id);
+    }
+
+    RecordingHotKeyRegistrar* registrar_;
+    std::unique_ptr<HotKeyCenter> center_;
+    Receiver receiver_;
+};
+
+TEST_F(HotKeyCenterTest, APressSendsTheActionToTheTargetAndAReleaseSendsNothing)
+{
+    EXPECT_TRUE(add("Create Thumbnails", kCommandShiftT));
+    ASSERT_EQ(live().size(), 1u);
+    const Registration registration = live()[0];
+    EXPECT_EQ(registration.keyCode, 17);
+    EXPECT_EQ(registration.modifiers, cmdKey + shiftKey);
+    EXPECT_EQ(registration.id.signature, 0x484B7943u);
+    EXPECT_NE(registration.id.id, 0u);
+
+    press(registration.ref);
+    EXPECT_EQ(receiver_.senders, std::vector<HotKeyCenter*>{center_.get()});
+    press(registration.ref, HotKeyTransition::Released);
+    EXPECT_EQ(receiver_.senders.size(), 1u);
+
+    EXPECT_EQ(center_->allNames(), QStringList{"Create Thumbnails"});
+    EXPECT_EQ(center_->keyComboForName("Create Thumbnails"), kCommandShiftT);
+    EXPECT_EQ(center_->keyComboForName("Save as ICNS Files"), std::nullopt);
+}
+
+TEST_F(HotKeyCenterTest, NamesAreBoundOnceAndRemovingUnregisters)
+{
+    add("Restore Thumbnails", kCommandShiftT);
+    const EventHotKeyRef first = lastRef();
+    int replaced = 0;
+    EXPECT_TRUE(center_->addHotKey("Restore Thumbnails", kCommandOptionShiftT, &receiver_,
+                                   [&](HotKeyCenter&) { ++replaced; }));
+    EXPECT_EQ(registrar_->unregistered, std::vector<EventHotKeyRef>{first});
+    EXPECT_EQ(center_->allNames(), QStringList{"Restore Thumbnails"});
+    EXPECT_EQ(center_->keyComboForName("Restore Thumbnails"), kCommandOptionShiftT);
+    press(lastRef());
+    EXPECT_EQ(replaced, 1);
+    EXPECT_TRUE(receiver_.senders.empty());
+
+    const EventHotKeyRef second = lastRef();
+    center_->removeHotKey("Restore Thumbnails");
+    center_->removeHotKey("never added");
+    EXPECT_EQ(registrar_->unregistered, (std::vector<EventHotKeyRef>{first, second}));
+    EXPECT_TRUE(center_->allNames().isEmpty());
+    EXPECT_EQ(center_->keyComboForName("Restore Thumbnails"), std::nullopt);
+}
+
+TEST_F(HotKeyCenterTest, AnInvalidCombinationIsKeptButNeverRegistered)
+{
+    EXPECT_TRUE(add("None", KeyCombo::clearKeyCombo()));
+    EXPECT_TRUE(add("No key", KeyCombo(-1, cmdKey)));
+    center_->setEnabled(true);
+    EXPECT_TRUE(live().empty());
+    EXPECT_EQ(center_->allNames(), (QStringList{"No key", "None"}));
+    EXPECT_EQ(center_->keyComboForName("None"), KeyCombo::clearKeyCombo());
+    center_->removeHotKey("None");
+    EXPECT_TRUE(registrar_->unregistered.empty());
+}
+
+TEST_F(HotKeyCenterTest, ARefusedKeyStaysAndIsTriedAgainWhenEnabling)
+{
+    registrar_->refusedCombinations.insert({17, cmdKey + shiftKey});
+    EXPECT_FALSE(add("Create Thumbnails", kCommandShiftT));
+    EXPECT_EQ(center_->allNames(), QStringList{"Create Thumbnails"});
+    registrar_->refusedCombinations.clear();
+    center_->setEnabled(true);
+    ASSERT_EQ(live().size(), 1u);
+    press(lastRef());
+    EXPECT_EQ(receiver_.senders.size(), 1u);
+}
+
+// The flag is stored after the records are walked, and a record once
+// registered counts as registered for good.
+TEST_F(HotKeyCenterTest, TurningOffAndOnAgainLeavesKeysSilent)
+{
+    add("Create Thumbnails", kCommandShiftT);
+    const EventHotKeyRef ref = lastRef();
+    center_->setEnabled(false);
+    EXPECT_FALSE(center_->enabled());
+    EXPECT_EQ(registrar_->unregistered, std::vector<EventHotKeyRef>{ref});
+
+    EXPECT_TRUE(add("Restore Thumbnails", kCommandOptionShiftT)) << "nothing to register while off";
+    center_->setEnabled(true);
+    EXPECT_TRUE(center_->enabled());
+    EXPECT_TRUE(live().empty()) << "turning on registers while the centre still counts as off";
+    center_->setEnabled(true);
+    ASSERT_EQ(live().size(), 1u) << "only the key never registered comes back";
+    EXPECT_EQ(live()[0].keyCode, 17);
+    EXPECT_EQ(live()[0].modifiers, cmdKey + optionKey + shiftKey);
+}
+
+TEST_F(HotKeyCenterTest, OnlyTheLowSixteenBitsOfTheModifiersAreRegistered)
+{
+    add("Wide", KeyCombo(17, 0x10000 + cmdKey));
+    add("Sign", KeyCombo(17, 0x8000 + cmdKey));
+    ASSERT_EQ(live().size(), 2u);
+    EXPECT_EQ(live()[0].modifiers, cmdKey);
+    EXPECT_EQ(live()[1].modifiers, std::int32_t(0xFFFF8100)) << "sign-extended from 16 bits";
+}
+
+TEST_F(HotKeyCenterTest, AnActionMayRemoveItsOwnHotKey)
+{
+    center_->addHotKey("Once", kCommandShiftT, &receiver_, [](HotKeyCenter& sender) { sender.removeHotKey("Once"); });
+    press(lastRef());
+    EXPECT_TRUE(center_->allNames().isEmpty());
+    EXPECT_EQ(registrar_->unregistered.size(), 1u);
+}
+
+void expectAssertion(const std::function<void()>& call, const std::string& description, int lineNumber)
+{
+    try {
+        call();
+        ADD_FAILURE() << "no assertion for: " << description;
+    } catch (const HotKeyCenterAssertion& assertion) {
+        EXPECT_EQ(std::string(assertion.what()), description);
+        EXPECT_STREQ(assertion.file(), "HotKeysLib/HotKeyCenter");
+        EXPECT_EQ(assertion.lineNumber(), lineNumber) << description;
+    }
+}
+
+TEST_F(HotKeyCenterTest, NilArgumentsFailTheirAssertionsInOrder)
+{
+    const HotKeyCenter::Action action = [](HotKeyCenter&) {};
+    expectAssertion([&] { center_->addHotKey(QString(), std::nullopt, nullptr, nullptr); },
+                    "Invalid parameter not satisfying: name != nil", 103);
+    expectAssertion([&] { center_->addHotKey("", std::nullopt, nullptr, nullptr); },
+                    "Invalid parameter not satisfying: combo != nil", 104);
+    expectAssertion([&] { center_->addHotKey("Name", kCommandShiftT, nullptr, action); },
+                    "Invalid parameter not satisfying: target != nil", 105);
+    expectAssertion([&] { center_->addHotKey("Name", kCommandShiftT, &receiver_, nullptr); },
+                    "Invalid parameter not satisfying: action != nil", 106);
+    expectAssertion([&] { center_->addHotKey<Receiver>("Name", kCommandShiftT, &receiver_, nullptr); },
+                    "Invalid parameter not satisfying: action != nil", 106);
+    EXPECT_TRUE(center_->allNames().isEmpty());
+    EXPECT_TRUE(live().empty());
+}
+
+TEST_F(HotKeyCenterTest, HotKeyEventsAreCheckedBeforeAnythingIsSent)
+{
+    add("Create Thumbnails", kCommandShiftT);
+    const EventHotKeyID id = live()[0].id;
+    using Event = HotKeyCenter::CarbonEvent;
+
+    expectAssertion([&] { center_->handleHotKeyEvent(Event{fourCharCode("mous"), kEventHotKeyPressed, id}); },
+                    "Got unhandled event class", 220);
+    expectAssertion([&] { center_->handleHotKeyEvent(Event{kEventClassKeyboard, 5, EventHotKeyID{1, id.id}}); },
+                    "Got unknown hot key", 233);
+    expectAssertion([&] { center_->handleHotKeyEvent(Event{kEventClassKeyboard, 5, EventHotKeyID{id.signature, 0}}); },
+                    "Got bad hot key", 236);
+    EXPECT_EQ(center_->handleHotKeyEvent(Event{kEventClassKeyboard, kEventHotKeyPressed, std::nullopt}),
+              eventParameterNotFoundErr);
+    EXPECT_EQ(center_->handleHotKeyEvent(Event{kEventClassKeyboard, kEventHotKeyReleased, id}), 0);
+    EXPECT_EQ(center_->handleHotKeyEvent(Event{kEventClassKeyboard, 7, id}), 0);
+    EXPECT_EQ(center_->handleHotKeyEvent(Event{kEventClassKeyboard, 5, EventHotKeyID{id.signature, id.id + 1}}), 0)
+        << "a record that does not exist";
+    EXPECT_TRUE(receiver_.senders.empty());
+
+    EXPECT_EQ(center_->handleHotKeyEvent(Event{kEventClassKeyboard, kEventHotKeyPressed, id}), 0);
+    EXPECT_EQ(receiver_.senders.size(), 1u);
+    center_->removeHotKey("Create Thumbnails");
+    EXPECT_EQ(center_->handleHotKeyEvent(Event{kEventClassKeyboard, kEventHotKeyPressed, id}), 0);
+    EXPECT_EQ(receiver_.senders.size(), 1u) << "a removed record's identifier";
+}
+
+// Application events matter only where the system has no hot-key events.
+TEST_F(HotKeyCenterTest, ApplicationEventsAreForSystemsWithoutHotKeys)
+{
+    add("Create Thumbnails", kCommandShiftT);
+    center_->sendEvent({14, 6, std::intptr_t(lastRef())});
+    EXPECT_TRUE(receiver_.senders.empty());
+
+    HotKeyCenter without(nullptr);
+    Receiver receiver;
+    EXPECT_FALSE(without.addHotKey("Create Thumbnails", kCommandShiftT, &receiver, &Receiver::pressed));
+    without.sendEvent({14, 6, 0});
+    without.sendEvent({14, 6, 1});
+    without.sendEvent({14, 9, 1});
+    without.sendEvent({13, 6, 1});
+    EXPECT_TRUE(receiver.senders.empty());
+    expectAssertion([&] { without.handleHotKeyEvent({kEventClassKeyboard, 5, EventHotKeyID{0x484B7943, 1}}); }, "",
+                    219);
+}
+
+} // namespace
+} // namespace quilo

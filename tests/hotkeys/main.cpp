@@ -1,0 +1,20 @@
+// The hot-key tests that need an X server: Xvfb of their own, and one
+// QGuiApplication on it, whose connection the registrar grabs keys through.
+#include "tests/support/XvfbServer.h"
+
+#include <gtest/gtest.h>
+
+#include <QGuiApplication>
+
+#include <cstdlib>
+
+int main(int argc, char** argv)
+{
+    ::testing::InitGoogleTest(&argc, argv);
+    quilo::test::XvfbServer server;
+    ::setenv("DISPLAY", server.display().c_str(), 1);
+    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+    ::unsetenv("WAYLAND_DISPLAY");
+    QGuiApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
