@@ -1,3 +1,4 @@
+#include "app/QuiloMain.h"
 #include "cli/Command.h"
 
 #include <cstdio>
@@ -19,7 +20,8 @@ std::vector<const Command*> commands()
 
 void printOverview(std::FILE* to)
 {
-    std::fprintf(to, "Usage: quilo COMMAND [ARGUMENTS]\n\nCommands:\n");
+    std::fprintf(to, "Usage: quilo              (the tray application)\n"
+                     "       quilo COMMAND [ARGUMENTS]\n\nCommands:\n");
     for (const Command* command : commands()) {
         // A name too long for the column has its summary on the next line.
         const char* gap = std::strlen(command->name) > 19 ? "\n                      " : " ";
@@ -60,9 +62,11 @@ int runCommand(const Command& command, const std::vector<std::string>& words)
 int main(int argc, char** argv)
 {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    if (words.empty() || words[0] == "--help" || words[0] == "-h" || words[0] == "help") {
-        printOverview(words.empty() ? stderr : stdout);
-        return words.empty() ? quilo::cli::kExitUsage : quilo::cli::kExitSuccess;
+    if (words.empty())
+        return quilo::quiloApplicationMain(argc, argv);
+    if (words[0] == "--help" || words[0] == "-h" || words[0] == "help") {
+        printOverview(stdout);
+        return quilo::cli::kExitSuccess;
     }
     for (const Command* command : commands())
         if (words[0] == command->name)

@@ -16,19 +16,9 @@ using namespace quilo::test;
 
 class ClipboardOnX : public ::testing::Test {
 protected:
-    // Another program owns the clipboard with this one target, as a file
-    // manager does after Copy.
     void putOnClipboard(const std::string& target, const std::string& content)
     {
-        const fs::path file = folder_ / "clipboard";
-        writeFileText(file, content);
-        const std::string command = "xclip -selection clipboard -t '" + target + "' -i " + file.string();
-        ASSERT_EQ(std::system(command.c_str()), 0) << command;
-        // xclip returns before its background copy owns the clipboard.
-        const std::string readBack = "xclip -selection clipboard -o -t '" + target + "' 2>/dev/null";
-        for (int attempt = 0; attempt < 250 && commandOutput(readBack) != content; ++attempt)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        ASSERT_EQ(commandOutput(readBack), content);
+        test::putOnClipboard(target, content, folder_.path());
     }
 
     std::string uri(const fs::path& path) const

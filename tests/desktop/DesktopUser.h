@@ -118,6 +118,25 @@ inline void pressKey(const std::string& key)
     ASSERT_EQ(std::system(("xdotool key " + key).c_str()), 0);
 }
 
+// Another program (xclip) owns the clipboard with this one target, as a file
+// manager does after Copy; `scratch` holds the content's file.
+inline void putOnClipboard(const std::string& target, const std::string& content,
+                           const std::filesystem::path& scratch)
+{
+    const std::filesystem::path file = scratch / "clipboard";
+    if (FILE* out = std::fopen(file.c_str(), "wb")) {
+        std::fwrite(content.data(), 1, content.size(), out);
+        std::fclose(out);
+    }
+    const std::string command = "xclip -selection clipboard -t '" + target + "' -i '" + file.string() + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    // xclip returns before its background copy owns the clipboard.
+    const std::string readBack = "xclip -selection clipboard -o -t '" + target + "' 2>/dev/null";
+    for (int attempt = 0; attempt < 250 && commandOutput(readBack) != content; ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_EQ(commandOutput(readBack), content);
+}
+
 inline int distinctColours(const QImage& image)
 {
     QSet<QRgb> colours;

@@ -1,0 +1,149 @@
+#include "app/QuiloController.h"
+
+#include "app/StatusItem.h"
+#include "foundation/LocalizedStrings.h"
+#include "foundation/Log.h"
+#include "foundation/NotificationCenter.h"
+#include "foundation/QuiloKeys.h"
+#include "foundation/UserDefaults.h"
+#include "hotkeys/HotKeysController.h"
+#include "jobs/CreatingThumbnailsController.h"
+#include "jobs/WindowJobInterface.h"
+#include "prefs/MakersWebSite.h"
+#include "prefs/PrefsController.h"
+#include "prefs/RTZUpdate.h"
+#include "resources/ImageNamed.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QMessageBox>
+#include <QThread>
+
+namespace quilo {
+
+QuiloController::QuiloController(UserDefaults& defaults)
+    : defaults_(defaults)
+    , hotKeysController_(HotKeysController::sharedInstance())
+{
+    QVariantMap factoryDefaults = booleanFactoryDefaults();
+    factoryDefaults.insert(RTZHotKeysKey, hotKeysController_.defaultHotKeysDict());
+    defaults_.registerDefaults(factoryDefaults);
+    buildMenu();
+}
+
+QuiloController::~QuiloController()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+    creatingThumbnailsWindow_.reset(); // waits for a running job, which needs the window
+}
+
+void QuiloController::applicationDidFinishLaunching()
+{
+    logLine("Hello from Quilo");
+    showStatusItem();
+    if (!creatingThumbnailsWindow_) {
+        jobInterface_ = std::make_unique<WindowJobInterface>();
+        creatingThumbnailsWindow_
+            = std::make_unique<CreatingThumbnailsController>(*jobInterface_, selection_, defaults_);
+        connect(&jobInterface_->window(), &CreatingThumbnailsWindow::stopRequested, this,
+                [this] { creatingThumbnailsWindow_->stopCreatingThumbnailsButton(); });
+    }
+    NotificationCenter::defaultCenter().addObserver(
+        this, QStringLiteral("RTZHandleHotKeyEvent"),
+        [this](const Notification& notification) { handleHotKeyEvent(notification); });
+    hotKeysController_.registerHotKeys();
+    if (defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey)) {
+        QThread* updateThread = QThread::create([this] { checkForUpdates(); });
+        connect(updateThread, &QThread::finished, updateThread, &QObject::deleteLater);
+        updateThread->start();
+    }
+}
+
+void QuiloController::showStatusItem()
+{
+    theStatusItem_ = std::make_unique<StatusItem>(imageNamed(QStringLiteral("quilopig16.tiff")), theMenu_);
+}
+
+bool QuiloController::validateMenuItem(const QAction*) const { return true; }
+
+void QuiloController::handleHotKeyEvent(const Notification& notification)
+{
+    const QString action = notification.object.toString();
+    if (action == RTZHotKey_CreateThumbnails)
+        startThumbActionForType(kCreateThumbnails);
+    else if (action == RTZHotKey_RestoreThumbnails)
+        startThumbActionForType(kRestoreThumbnails);
+    else if (action == RTZHotKey_SaveAsICNS)
+        startThumbActionForType(kSaveAsICNS);
+}
+
+void QuiloController::startThumbActionForType(int kind) { creatingThumbnailsWindow_->startThumbActionForType(kind); }
+
+void QuiloController::startThumbActionForFiles(int kind, const QStringList& paths)
+{
+    // The files must not wait for a later job from the menu.
+    if (creatingThumbnailsWindow_->currentlyProcessing()) {
+        logLine("A job is running; the file manager's request is refused.");
+        return;
+    }
+    selection_.handOver(paths);
+    startThumbActionForType(kind);
+}
+
+// On a thread of its own: the fetch blocks.
+void QuiloController::checkForUpdates()
+{
+    auto update = RTZUpdate::updateForApplication(QStringLiteral("Quilo"), updateDocumentURL());
+    update->checkForUpdates(false, QString::fromLatin1(kApplicationVersion), RTZCheckForUpdatesAtLaunchKey,
+                            RTZLastCheckForUpdatesKey, false);
+}
+
+void QuiloController::menuCreateThumbs() { startThumbActionForType(kCreateThumbnails); }
+void QuiloController::menuSaveAsICNS() { startThumbActionForType(kSaveAsICNS); }
+void QuiloController::menuRestoreThumbs() { startThumbActionForType(kRestoreThumbnails); }
+
+void QuiloController::menuShowPrefs()
+{
+    if (!prefsWindow_)
+        prefsWindow_ = std::make_unique<PrefsController>();
+    prefsWindow_->showWindow();
+}
+
+void QuiloController::menuAboutQuilo()
+{
+    QMessageBox::about(nullptr, localizedString(QStringLiteral("About Quilo")),
+                       QStringLiteral("<h3>Quilo</h3><p>%1</p>")
+                           .arg(localizedString(QStringLiteral("Version %1")).arg(kApplicationVersion)));
+}
+
+void QuiloController::menuQuit() { QApplication::quit(); }
+
+void QuiloController::donateButton() { QDesktopServices::openUrl(donationPageURL()); }
+
+void QuiloController::buildMenu()
+{
+    // Named for assistive technology, and so people's tools can find it.
+    theMenu_.setWindowTitle(QStringLiteral("Quilo menu"));
+    theMenu_.setAccessibleName(theMenu_.windowTitle());
+    menuCreateThumbs_ = addMenuItem(localizedString(RTZHotKey_CreateThumbnails, {}, QStringLiteral("Actions")),
+                                    &QuiloController::menuCreateThumbs);
+    menuRestoreThumbs_ = addMenuItem(localizedString(RTZHotKey_RestoreThumbnails, {}, QStringLiteral("Actions")),
+                                     &QuiloController::menuRestoreThumbs);
+    menuSaveAsICNS_ = addMenuItem(localizedString(RTZHotKey_SaveAsICNS, {}, QStringLiteral("Actions")),
+                                  &QuiloController::menuSaveAsICNS);
+    theMenu_.addSeparator();
+    addMenuItem(localizedString(QStringLiteral("Preferences…")), &QuiloController::menuShowPrefs);
+    addMenuItem(localizedString(QStringLiteral("About Quilo")), &QuiloController::menuAboutQuilo);
+    addMenuItem(localizedString(QStringLiteral("Donate…")), &QuiloController::donateButton);
+    theMenu_.addSeparator();
+    addMenuItem(localizedString(QStringLiteral("Quit")), &QuiloController::menuQuit);
+}
+
+QAction* QuiloController::addMenuItem(const QString& title, void (QuiloController::*action)())
+{
+    QAction* item = theMenu_.addAction(title, this, action);
+    item->setEnabled(validateMenuItem(item));
+    return item;
+}
+
+} // namespace quilo

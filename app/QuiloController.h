@@ -1,0 +1,75 @@
+#pragma once
+#include "hotkeys/QuiloApplication.h"
+#include "jobs/ClipboardSelection.h"
+#include "jobs/HandedOverSelection.h"
+
+#include <QMenu>
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+
+class QAction;
+
+namespace quilo {
+
+class CreatingThumbnailsController;
+class HotKeysController;
+struct Notification;
+class PrefsController;
+class StatusItem;
+class UserDefaults;
+class WindowJobInterface;
+
+// The application's delegate: the factory defaults, the tray item and its
+// menu, the three actions from the menu, hot keys and file-manager requests,
+// the update check at launch, About, Donate and Quit.
+class QuiloController final : public QObject, public ApplicationDelegate {
+    Q_OBJECT
+public:
+    static constexpr const char* kApplicationVersion = "1.1";
+
+    explicit QuiloController(UserDefaults& defaults);
+    ~QuiloController() override;
+
+    void applicationDidFinishLaunching() override;
+    void showStatusItem();
+    // No item is ever disabled, not even while a job runs.
+    bool validateMenuItem(const QAction* menuItem) const;
+    void handleHotKeyEvent(const Notification& notification);
+    void startThumbActionForType(int kind);
+    // A file-manager request: the job runs on the files it handed over.
+    void startThumbActionForFiles(int kind, const QStringList& paths);
+    void checkForUpdates();
+
+    void menuCreateThumbs();
+    void menuSaveAsICNS();
+    void menuRestoreThumbs();
+    void menuShowPrefs();
+    void menuAboutQuilo();
+    void menuQuit();
+    void donateButton();
+
+    QMenu& menu() { return theMenu_; }
+    StatusItem* statusItem() const { return theStatusItem_.get(); }
+    CreatingThumbnailsController* creatingThumbnailsWindow() const { return creatingThumbnailsWindow_.get(); }
+
+private:
+    void buildMenu();
+    QAction* addMenuItem(const QString& title, void (QuiloController::*action)());
+
+    UserDefaults& defaults_;
+    ClipboardSelection clipboard_;
+    HandedOverSelection selection_{clipboard_};
+    std::unique_ptr<WindowJobInterface> jobInterface_;
+    std::unique_ptr<CreatingThumbnailsController> creatingThumbnailsWindow_;
+    std::unique_ptr<PrefsController> prefsWindow_;
+    HotKeysController& hotKeysController_;
+    std::unique_ptr<StatusItem> theStatusItem_;
+    QMenu theMenu_;
+    QAction* menuCreateThumbs_ = nullptr;
+    QAction* menuRestoreThumbs_ = nullptr;
+    QAction* menuSaveAsICNS_ = nullptr;
+};
+
+} // namespace quilo

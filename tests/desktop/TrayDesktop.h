@@ -1,0 +1,142 @@
+#pragma once
+
+// The tray application as a person's desktop runs it: the real quilo program
+// and a real tray host (trayer) as processes on the test's X server, watched
+// through their logs and the X server's window tree, driven through xdotool.
+#include "tests/desktop/DesktopUser.h"
+#include "tests/support/Files.h"
+
+#include <QProcess>
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace quilo::test {
+
+// A program the test starts; its output goes to a log file; it is ended
+// with the object unless it ended before.
+class ChildProgram {
+public:
+    ChildProgram(const QString& program, const QStringList& arguments, const QProcessEnvironment& environment,
+                 std::filesystem::path log)
+        : log_(std::move(log))
+    {
+        process_.setProcessEnvironment(environment);
+        process_.setStandardOutputFile(QString::fromStdString(log_.string()), QIODevice::Append);
+        process_.setStandardErrorFile(QString::fromStdString(log_.string()), QIODevice::Append);
+        process_.start(program, arguments);
+        started_ = std::chrono::steady_clock::now();
+        EXPECT_TRUE(process_.waitForStarted(10'000)) << program.toStdString();
+    }
+    ~ChildProgram()
+    {
+        if (process_.state() == QProcess::NotRunning)
+            return;
+        process_.terminate();
+        if (!process_.waitForFinished(5'000)) {
+            process_.kill();
+            process_.waitForFinished(5'000);
+        }
+    }
+    ChildProgram(const ChildProgram&) = delete;
+    ChildProgram& operator=(const ChildProgram&) = delete;
+
+    std::string log() const { return std::filesystem::exists(log_) ? readFileText(log_) : std::string(); }
+    bool waitForLog(const std::string& text, double seconds = 30) const
+    {
+        return waitUntil([&] { return log().find(text) != std::string::npos; }, seconds);
+    }
+    std::optional<int> waitForExit(int milliseconds = 10'000)
+    {
+        if (!process_.waitForFinished(milliseconds))
+            return std::nullopt;
+        return process_.exitStatus() == QProcess::NormalExit ? std::optional(process_.exitCode()) : std::nullopt;
+    }
+    bool running() const { return process_.state() == QProcess::Running; }
+    qint64 pid() const { return process_.processId(); }
+    std::chrono::steady_clock::time_point started() const { return started_; }
+
+    static bool waitUntil(const std::function<bool()>& question, double seconds)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        while (!question()) {
+            if (std::chrono::steady_clock::now() > deadline)
+                return false;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return true;
+    }
+
+private:
+    std::filesystem::path log_;
+    QProcess process_;
+    std::chrono::steady_clock::time_point started_;
+};
+
+// A window as xwininfo reports it, with its place on the screen.
+struct XWindow {
+    std::string id;
+    std::string name;
+    QRect frame;
+};
+
+// The windows under `parent` in the X server's tree (xwininfo -tree).
+inline std::vector<XWindow> childWindows(const std::string& parent)
+{
+    std::vector<XWindow> windows;
+    std::istringstream lines(commandOutput("xwininfo -tree -id " + parent + " 2>/dev/null"));
+    // 0x200006 "Quilo": ("quilo" "Quilo")  22x22+0+0  +1001+1
+    const std::regex child(R"re(^\s+(0x[0-9a-f]+) (?:"([^"]*)"|\(has no name\)).*?(\d+)x(\d+)[+-]-?\d+[+-]-?\d+\s+\+(-?\d+)\+(-?\d+))re");
+    std::string line;
+    std::smatch m;
+    while (std::getline(lines, line))
+        if (std::regex_search(line, m, child))
+            windows.push_back({m[1], m[2], QRect(std::stoi(m[5]), std::stoi(m[6]), std::stoi(m[3]), std::stoi(m[4]))});
+    return windows;
+}
+
+// The first window with that exact name, if any (xdotool's search).
+inline std::string firstWindowNamed(const std::string& name)
+{
+    std::istringstream ids(xWindowsNamed(name));
+    std::string id;
+    std::getline(ids, id);
+    return id;
+}
+
+// A left click at a point of the screen, through the X server.
+inline void clickAt(QPoint point, int button = 1)
+{
+    const std::string x = std::to_string(point.x()), y = std::to_string(point.y());
+    const std::string command = "xdotool mousemove " + std::to_string(point.x() + 1) + " " + y + " mousemove --sync "
+        + x + " " + y + " click " + std::to_string(button);
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+}
+
+// What the screen shows in that rectangle, kept under the test artefacts.
+inline QImage keepScreenRegion(const QRect& region, const std::string& name)
+{
+    QImage shot;
+    for (int attempt = 0; attempt < 100 && distinctColours(shot) <= 8; ++attempt) {
+        if (attempt > 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        onGui([&] {
+            shot = QGuiApplication::primaryScreen()
+                       ->grabWindow(0, region.x(), region.y(), region.width(), region.height())
+                       .toImage();
+        });
+    }
+    EXPECT_GT(distinctColours(shot), 8) << name << " stayed blank";
+    const std::filesystem::path folder = QUILO_TEST_ARTIFACTS;
+    std::filesystem::create_directories(folder);
+    EXPECT_TRUE(shot.save(QString::fromStdString((folder / name).string())));
+    return shot;
+}
+
+} // namespace quilo::test
