@@ -104,6 +104,18 @@ protected:
         putOnClipboard("text/uri-list", uris, home_.path());
     }
 
+    // Clicks the tray icon until its menu is up: a click that lands while
+    // the application is still closing a window is lost, as for a person.
+    static bool openMenu(const XWindow& icon)
+    {
+        for (int attempt = 0; attempt < 3; ++attempt) {
+            clickAt(icon.frame.center());
+            if (ChildProgram::waitUntil([] { return windowShown("Quilo menu"); }, 5))
+                return true;
+        }
+        return false;
+    }
+
     static bool hasCustomIcon(const fs::path& file)
     {
         return fs::exists(file.parent_path() / ("._" + file.filename().string()));
@@ -131,14 +143,112 @@ TEST_F(TrayApplication, MenuRunsCreateThumbnailsOnCopiedFiles)
 
     const fs::path first = picture("first.jpg"), second = picture("second.jpg");
     copyFiles({first, second});
-    clickAt(icon->frame.center());
-    ASSERT_TRUE(ChildProgram::waitUntil([] { return !xWindowsNamed("Quilo menu").empty(); }, 10));
+    ASSERT_TRUE(openMenu(*icon));
     keepScreenRegion(QRect(icon->frame.left() - 260, 0, 300, 260), "tray-menu.png");
 
     pressKey("Down Return");
     ASSERT_TRUE(ChildProgram::waitUntil([&] { return hasCustomIcon(first) && hasCustomIcon(second); }, 30))
         << quilo->log();
     EXPECT_TRUE(quilo->waitForLog("Processing " + first.string()));
+}
+
+// About shows the application's name, version and icon; Quit ends it.
+TEST_F(TrayApplication, AboutBoxAndQuitFromTheMenu)
+{
+    auto tray = startTray();
+    auto quilo = startQuilo();
+    const auto icon = waitForDockedIcon();
+    ASSERT_TRUE(icon) << quilo->log();
+
+    ASSERT_TRUE(openMenu(*icon));
+    pressKey("Down Down Down Down Down Return"); // the fifth item
+    std::string about;
+    ASSERT_TRUE(ChildProgram::waitUntil([&] { return windowShown("About Quilo"); }, 10));
+    about = firstWindowNamed("About Quilo");
+    const QRect frame = windowFrame(about);
+    ASSERT_GT(frame.width(), 100);
+    const QImage shot = keepScreenRegion(frame, "about-box.png");
+    // The application's icon: the pig's pink somewhere in the box.
+    bool pink = false;
+    for (int y = 0; y < shot.height() && !pink; ++y)
+        for (int x = 0; x < shot.width() && !pink; ++x) {
+            const QColor c = shot.pixelColor(x, y);
+            pink = c.red() > 220 && c.green() > 130 && c.green() < 200 && c.blue() > 160 && c.blue() < 215;
+        }
+    EXPECT_TRUE(pink) << "no icon in the About box";
+
+    pressKey("Return"); // its OK
+    ASSERT_TRUE(ChildProgram::waitUntil([] { return !windowShown("About Quilo"); }, 10));
+    ASSERT_TRUE(openMenu(*icon));
+    pressKey("Down Down Down Down Down Down Down Return"); // the last item
+    EXPECT_EQ(quilo->waitForExit(10'000), std::optional(0)) << quilo->log();
+}
+
+// The factory hot key runs Create Thumbnails whichever window has the focus.
+TEST_F(TrayApplication, FactoryHotKeyRunsTheJobWhileAnotherWindowHasTheFocus)
+{
+    auto quilo = startQuilo();
+    ASSERT_TRUE(quilo->waitForLog("Hello from Quilo")) << quilo->log();
+    ChildProgram other("xlogo", {"-geometry", "200x200+100+100"}, environment(), log("xlogo"));
+    std::string window;
+    ASSERT_TRUE(ChildProgram::waitUntil([&] { return !(window = firstWindowNamed("xlogo")).empty(); }, 10));
+    ASSERT_EQ(std::system(("xdotool windowfocus --sync " + window).c_str()), 0);
+
+    const fs::path file = picture("hot key.jpg");
+    copyFiles({file});
+    pressKey("super+shift+t");
+    ASSERT_TRUE(ChildProgram::waitUntil([&] { return hasCustomIcon(file); }, 30)) << quilo->log();
+
+    // Command + option + shift + T: Restore Thumbnails.
+    pressKey("super+alt+shift+t");
+    EXPECT_TRUE(ChildProgram::waitUntil([&] { return !hasCustomIcon(file); }, 30)) << quilo->log();
+}
+
+// A combination another program holds stays with it: Quilo takes nothing.
+TEST_F(TrayApplication, HotKeyHeldByAnotherProgramStaysWithIt)
+{
+    ChildProgram grabber(QUILO_KEY_GRABBER, {}, environment(), log("grabber"));
+    ASSERT_TRUE(grabber.waitForLog("grabbed\n")) << grabber.log();
+    auto quilo = startQuilo();
+    ASSERT_TRUE(quilo->waitForLog("Hello from Quilo")) << quilo->log();
+    const fs::path file = picture("held.jpg");
+    copyFiles({file});
+
+    pressKey("super+shift+t");
+    ASSERT_TRUE(grabber.waitForLog("pressed\n")) << "the other program lost its hot key";
+    // Quilo's other hot key still works, and by then the first press would
+    // have started a job.
+    pressKey("super+alt+shift+t");
+    ASSERT_TRUE(quilo->waitForLog("Processing " + file.string())) << quilo->log();
+    EXPECT_FALSE(hasCustomIcon(file)) << "Quilo ran Create Thumbnails on a key it could not have";
+    EXPECT_EQ(grabber.log(), "grabbed\npressed\n");
+}
+
+// Started before the tray (at login), Quilo shows its icon once the tray is up.
+TEST_F(TrayApplication, IconAppearsWhenTheTrayStartsAfterQuilo)
+{
+    auto quilo = startQuilo();
+    ASSERT_TRUE(quilo->waitForLog("No system tray yet")) << quilo->log();
+    std::this_thread::sleep_for(1s);
+    auto tray = startTray();
+    const auto icon = waitForDockedIcon(20);
+    ASSERT_TRUE(icon) << quilo->log();
+    EXPECT_TRUE(openMenu(*icon));
+}
+
+// The check for updates at launch runs only when it is switched on.
+TEST_F(TrayApplication, UpdateCheckAtLaunchOnlyWhenSwitchedOn)
+{
+    {
+        auto quilo = startQuilo({}, "without-check");
+        ASSERT_TRUE(quilo->waitForLog("Hello from Quilo")) << quilo->log();
+        std::this_thread::sleep_for(500ms);
+        EXPECT_EQ(quilo->log().find("Checking for updates..."), std::string::npos) << quilo->log();
+    }
+    defaults().setBool(true, RTZCheckForUpdatesAtLaunchKey);
+    defaults().synchronize();
+    auto quilo = startQuilo({}, "with-check");
+    EXPECT_TRUE(quilo->waitForLog("Checking for updates...")) << quilo->log();
 }
 
 } // namespace

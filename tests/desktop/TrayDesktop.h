@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -101,6 +102,12 @@ inline std::vector<XWindow> childWindows(const std::string& parent)
     return windows;
 }
 
+// Whether a window of that exact name is on the screen (mapped).
+inline bool windowShown(const std::string& name)
+{
+    return !commandOutput("xdotool search --onlyvisible --name '^" + name + "$' 2>/dev/null").empty();
+}
+
 // The first window with that exact name, if any (xdotool's search).
 inline std::string firstWindowNamed(const std::string& name)
 {
@@ -108,6 +115,17 @@ inline std::string firstWindowNamed(const std::string& name)
     std::string id;
     std::getline(ids, id);
     return id;
+}
+
+// Where a window is on the screen (xdotool's geometry).
+inline QRect windowFrame(const std::string& window)
+{
+    const std::string geometry = commandOutput("xdotool getwindowgeometry --shell " + window);
+    const std::regex field(R"((X|Y|WIDTH|HEIGHT)=(-?\d+))");
+    std::map<std::string, int> values;
+    for (std::sregex_iterator m(geometry.begin(), geometry.end(), field), end; m != end; ++m)
+        values[(*m)[1]] = std::stoi((*m)[2]);
+    return QRect(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
 }
 
 // A left click at a point of the screen, through the X server.
