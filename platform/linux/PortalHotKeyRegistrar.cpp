@@ -68,8 +68,7 @@ EventHotKeyRef PortalHotKeyRegistrar::registerEventHotKey(std::int32_t keyCode, 
     const std::optional<QString> trigger = portalTriggerForCombination(keyCode, modifiers);
     if (!trigger) {
         logFormat("Hot key refused: key code %d with modifiers 0x%X is no combination the desktop portal can name",
-                  keyCode,
-                  unsigned(modifiers));
+                  keyCode, unsigned(modifiers));
         return 0;
     }
     const bool taken = std::any_of(registrations_.begin(), registrations_.end(),

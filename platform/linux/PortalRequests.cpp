@@ -16,6 +16,19 @@ namespace {
 const QString kPortalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString kRequestInterface = QStringLiteral("org.freedesktop.portal.Request");
 
+PortalReply failedCall(const QString& error)
+{
+    return {PortalReply::Outcome::CallFailed, 2, {}, error};
+}
+
+std::optional<QString> requestHandleIn(const QDBusMessage& reply)
+{
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()
+        || reply.arguments().first().metaType() != QMetaType::fromType<QDBusObjectPath>())
+        return std::nullopt;
+    return reply.arguments().first().value<QDBusObjectPath>().path();
+}
+
 } // namespace
 
 // Keeps the Response of each request a caller waits for. Its slot runs on the
@@ -104,37 +117,29 @@ PortalRequests::~PortalRequests()
 
 PortalReply PortalRequests::call(QDBusMessage method, QVariantMap options, std::chrono::milliseconds timeout)
 {
+    if (!bus_.isConnected())
+        return failedCall(QStringLiteral("no connection to the session bus"));
     const QDeadlineTimer deadline(timeout);
     const QString token = newToken();
     // Listening before the call: the Response may follow the reply at once.
-    QString path = objectPath(QStringLiteral("request"), bus_.baseService(), token);
-    catcher_->expect(path);
+    const QString expected = objectPath(QStringLiteral("request"), bus_.baseService(), token);
+    catcher_->expect(expected);
 
     options.insert(QStringLiteral("handle_token"), token);
     method << options;
     const QDBusMessage reply = bus_.call(method, QDBus::Block, int(timeout.count()));
-    PortalReply result;
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()
-        || reply.arguments().first().metaType() != QMetaType::fromType<QDBusObjectPath>()) {
-        catcher_->forget(path);
-        result.error = reply.type() == QDBusMessage::ErrorMessage
-            ? reply.errorName() + ": " + reply.errorMessage()
-            : QStringLiteral("no request handle in the reply");
-        return result;
-    }
+    const std::optional<QString> handle = requestHandleIn(reply);
+    if (handle != expected)
+        catcher_->forget(expected);
+    if (!handle)
+        return failedCall(reply.type() == QDBusMessage::ErrorMessage ? reply.errorName() + ": " + reply.errorMessage()
+                                                                    : QStringLiteral("no request handle in the reply"));
     // Older portals name the Request object their own way.
-    const QString handle = reply.arguments().first().value<QDBusObjectPath>().path();
-    if (handle != path) {
-        catcher_->forget(path);
-        path = handle;
-        catcher_->expect(path);
-    }
-    const std::optional<PortalReply> answer = catcher_->waitFor(path, deadline);
-    catcher_->forget(path);
-    if (answer)
-        return *answer;
-    result.outcome = PortalReply::Outcome::TimedOut;
-    return result;
+    if (handle != expected)
+        catcher_->expect(*handle);
+    const std::optional<PortalReply> answer = catcher_->waitFor(*handle, deadline);
+    catcher_->forget(*handle);
+    return answer ? *answer : PortalReply{PortalReply::Outcome::TimedOut, 2, {}, {}};
 }
 
 QString PortalRequests::objectPath(const QString& kind, const QString& uniqueName, const QString& token)

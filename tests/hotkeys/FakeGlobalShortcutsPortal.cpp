@@ -40,10 +40,13 @@ const QString kPortalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString kShortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
 const QString kSessionInterface = QStringLiteral("org.freedesktop.portal.Session");
 
-QString portalObjectPath(const QString& kind, QString sender, const QString& token)
+// Where the portal puts the object a caller asked for with the token in
+// `option`: .../request/1_42/TOKEN for ":1.42".
+QString objectPathFor(const QString& kind, const QDBusMessage& message, const QVariantMap& options,
+                      const QString& option)
 {
-    sender.remove(0, 1).replace('.', '_');
-    return kPortalPath + '/' + kind + '/' + sender + '/' + token;
+    const QString sender = message.service().mid(1).replace('.', '_');
+    return kPortalPath + '/' + kind + '/' + sender + '/' + options.value(option).toString();
 }
 
 } // namespace
@@ -86,16 +89,15 @@ private:
             return;
         }
         const auto options = qdbus_cast<QVariantMap>(message.arguments().at(0));
-        const QString request = portalObjectPath("request", message.service(), options.value("handle_token").toString());
-        const QString session =
-            portalObjectPath("session", message.service(), options.value("session_handle_token").toString());
+        const QString request = objectPathFor("request", message, options, "handle_token");
+        const QString session = objectPathFor("session", message, options, "session_handle_token");
         Answer answer;
         {
             QMutexLocker lock(&portal_.mutex_);
-            portal_.sessionRequests_.push_back(options);
+            portal_.record_.sessionRequests.push_back(options);
             answer = portal_.sessionAnswer_;
             if (answer == Answer::Grant) {
-                portal_.openedSessions_.append(session);
+                portal_.record_.openedSessions.append(session);
                 portal_.client_ = message.service();
             }
         }
@@ -113,14 +115,14 @@ private:
         QList<Shortcut> shortcuts;
         message.arguments().at(1).value<QDBusArgument>() >> shortcuts;
         const auto options = qdbus_cast<QVariantMap>(message.arguments().at(3));
-        const QString request = portalObjectPath("request", message.service(), options.value("handle_token").toString());
+        const QString request = objectPathFor("request", message, options, "handle_token");
 
         QMutexLocker lock(&portal_.mutex_);
-        if (!portal_.openedSessions_.contains(session) || portal_.endedSessions_.contains(session)) {
+        if (!portal_.record_.openedSessions.contains(session) || portal_.endedSessions_.contains(session)) {
             connection.send(message.createErrorReply(QDBusError::AccessDenied, "Invalid session"));
             return;
         }
-        portal_.bindings_.push_back({session, shortcuts});
+        portal_.record_.bindings.push_back({session, shortcuts});
         QList<Shortcut> bound;
         for (const Shortcut& shortcut : shortcuts) {
             QVariantMap given{{"description", shortcut.options.value("description")}};
@@ -139,7 +141,7 @@ private:
     {
         {
             QMutexLocker lock(&portal_.mutex_);
-            portal_.closedSessions_.append(message.path());
+            portal_.record_.closedSessions.append(message.path());
             portal_.endedSessions_.insert(message.path());
         }
         connection.send(message.createReply());
@@ -206,28 +208,10 @@ void FakeGlobalShortcutsPortal::holdTrigger(const QString& trigger)
     heldTriggers_.insert(trigger);
 }
 
-std::vector<QVariantMap> FakeGlobalShortcutsPortal::sessionRequests() const
+FakeGlobalShortcutsPortal::Record FakeGlobalShortcutsPortal::record() const
 {
     QMutexLocker lock(&mutex_);
-    return sessionRequests_;
-}
-
-std::vector<FakeGlobalShortcutsPortal::Binding> FakeGlobalShortcutsPortal::bindings() const
-{
-    QMutexLocker lock(&mutex_);
-    return bindings_;
-}
-
-QStringList FakeGlobalShortcutsPortal::openedSessions() const
-{
-    QMutexLocker lock(&mutex_);
-    return openedSessions_;
-}
-
-QStringList FakeGlobalShortcutsPortal::closedSessions() const
-{
-    QMutexLocker lock(&mutex_);
-    return closedSessions_;
+    return record_;
 }
 
 void FakeGlobalShortcutsPortal::activate(const QString& session, const QString& shortcutId)

@@ -33,6 +33,13 @@ public:
         QString session;
         QList<Shortcut> shortcuts;
     };
+    // What the portal was asked, in order.
+    struct Record {
+        std::vector<QVariantMap> sessionRequests; // CreateSession's options
+        std::vector<Binding> bindings;
+        QStringList openedSessions;
+        QStringList closedSessions; // by the client's Close
+    };
 
     explicit FakeGlobalShortcutsPortal(const QString& busAddress);
     ~FakeGlobalShortcutsPortal();
@@ -44,11 +51,7 @@ public:
     // Another program has this trigger: shortcuts asking for it stay without one.
     void holdTrigger(const QString& trigger);
 
-    std::vector<QVariantMap> sessionRequests() const;
-    std::vector<Binding> bindings() const;
-    QStringList openedSessions() const;
-    // The sessions the client closed, in order.
-    QStringList closedSessions() const;
+    Record record() const;
 
     // Signals to the client that opened the last session.
     void activate(const QString& session, const QString& shortcutId);
@@ -69,10 +72,7 @@ private:
     Answer sessionAnswer_ = Answer::Grant;
     Answer bindAnswer_ = Answer::Grant;
     QSet<QString> heldTriggers_;
-    std::vector<QVariantMap> sessionRequests_;
-    std::vector<Binding> bindings_;
-    QStringList openedSessions_;
-    QStringList closedSessions_; // by the client's Close
+    Record record_;
     QSet<QString> endedSessions_; // closed by either side
     QString client_;
 };

@@ -13,6 +13,7 @@
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <functional>
 
 namespace quilo {
@@ -60,8 +61,20 @@ protected:
     {
         return registrar_->registerEventHotKey(kT, modifiers, {kSignature, id});
     }
-    QString session(qsizetype index = 0) const { return portal_.openedSessions().value(index); }
-    QString shortcutId(std::size_t index) const { return portal_.bindings().back().shortcuts.value(index).id; }
+    QString session(qsizetype index = 0) const { return portal_.record().openedSessions.value(index); }
+    test::FakeGlobalShortcutsPortal::Binding lastBinding() const { return portal_.record().bindings.back(); }
+    QString shortcutId(qsizetype index) const { return lastBinding().shortcuts.value(index).id; }
+    // Signals come in the order sent, so a test that ends its signals with a
+    // Deactivated knows, once that release is in, that the ones before it
+    // have been dealt with.
+    bool processEventsUntilARelease()
+    {
+        return processEventsUntil([&] {
+            return std::any_of(events_.begin(), events_.end(), [](const HotKeyEvent& event) {
+                return event.transition == HotKeyTransition::Released;
+            });
+        });
+    }
 
     test::DBusDaemon bus_;
     test::FakeGlobalShortcutsPortal portal_{QString::fromStdString(bus_.address())};
@@ -82,17 +95,18 @@ TEST_F(PortalHotKeyRegistrarTest, RegistrationsBindTheirTriggersInOneSession)
     EXPECT_NE(save, 0u);
     EXPECT_TRUE(create != restore && restore != save && save != create);
 
-    ASSERT_EQ(portal_.sessionRequests().size(), 1u);
-    EXPECT_FALSE(portal_.sessionRequests()[0].value("handle_token").toString().isEmpty());
-    EXPECT_FALSE(portal_.sessionRequests()[0].value("session_handle_token").toString().isEmpty());
+    const auto record = portal_.record();
+    ASSERT_EQ(record.sessionRequests.size(), 1u);
+    EXPECT_FALSE(record.sessionRequests[0].value("handle_token").toString().isEmpty());
+    EXPECT_FALSE(record.sessionRequests[0].value("session_handle_token").toString().isEmpty());
 
-    const auto bindings = portal_.bindings();
+    const auto& bindings = record.bindings;
     ASSERT_EQ(bindings.size(), 3u);
     for (const auto& binding : bindings)
         EXPECT_EQ(binding.session, session());
     // Each binding carries every hot key so far, under the same ids.
     EXPECT_EQ(triggersOf(bindings[0]), QStringList({"LOGO+SHIFT+t"}));
-    EXPECT_EQ(triggersOf(bindings[2]), QStringList({"LOGO+SHIFT+t", "LOGO+ALT+SHIFT+t", "LOGO+CTRL+t"}));
+    ASSERT_EQ(triggersOf(bindings[2]), QStringList({"LOGO+SHIFT+t", "LOGO+ALT+SHIFT+t", "LOGO+CTRL+t"}));
     EXPECT_EQ(bindings[2].shortcuts[0].id, bindings[0].shortcuts[0].id);
     EXPECT_EQ(bindings[2].shortcuts[1].id, bindings[1].shortcuts[1].id);
     QStringList ids;
@@ -134,21 +148,21 @@ TEST_F(PortalHotKeyRegistrarTest, RefusedBindingsGiveZeroAndALineSayingWhy)
                             }));
     // Refused hot keys leave nothing behind to be bound again.
     EXPECT_NE(registerT(cmdKey + optionKey + shiftKey), 0u);
-    EXPECT_EQ(triggersOf(portal_.bindings().back()), QStringList({"LOGO+ALT+SHIFT+t"}));
-    EXPECT_EQ(portal_.sessionRequests().size(), 1u);
+    EXPECT_EQ(triggersOf(lastBinding()), QStringList({"LOGO+ALT+SHIFT+t"}));
+    EXPECT_EQ(portal_.record().sessionRequests.size(), 1u);
 }
 
 TEST_F(PortalHotKeyRegistrarTest, ARefusedSessionGivesZeroAndIsAskedForAgain)
 {
     portal_.setSessionAnswer(Answer::Cancel);
     EXPECT_EQ(registerT(cmdKey + shiftKey), 0u);
-    EXPECT_TRUE(portal_.bindings().empty());
+    EXPECT_TRUE(portal_.record().bindings.empty());
     EXPECT_EQ(log_.lines(), std::vector<std::string>({"Hot key LOGO+SHIFT+t refused: opening a global-shortcuts "
                                                       "session with the desktop portal was cancelled"}));
 
     portal_.setSessionAnswer(Answer::Grant);
     EXPECT_NE(registerT(cmdKey + shiftKey), 0u);
-    EXPECT_EQ(portal_.sessionRequests().size(), 2u);
+    EXPECT_EQ(portal_.record().sessionRequests.size(), 2u);
 }
 
 TEST_F(PortalHotKeyRegistrarTest, CombinationsItCannotBindAreRefusedWithoutAsking)
@@ -156,11 +170,11 @@ TEST_F(PortalHotKeyRegistrarTest, CombinationsItCannotBindAreRefusedWithoutAskin
     EXPECT_EQ(registrar_->registerEventHotKey(56, cmdKey, {}), 0u) << "the Shift key itself";
     EXPECT_EQ(registrar_->registerEventHotKey(300, 0, {}), 0u);
     EXPECT_EQ(registerT(-1), 0u);
-    EXPECT_TRUE(portal_.sessionRequests().empty());
+    EXPECT_TRUE(portal_.record().sessionRequests.empty());
 
     EXPECT_NE(registerT(cmdKey + shiftKey), 0u);
     EXPECT_EQ(registerT(cmdKey + shiftKey + 0x10000), 0u) << "the same keys: other bits are no modifiers";
-    EXPECT_EQ(portal_.bindings().size(), 1u);
+    EXPECT_EQ(portal_.record().bindings.size(), 1u);
     EXPECT_EQ(log_.lines(), std::vector<std::string>({
                                 "Hot key refused: key code 56 with modifiers 0x100 is no combination the desktop "
                                 "portal can name",
@@ -189,15 +203,13 @@ TEST_F(PortalHotKeyRegistrarTest, ActivationsBecomePressesAndReleasesOfTheirHotK
     EXPECT_EQ(events_[1].transition, HotKeyTransition::Released);
 }
 
-// The signals come in the order sent, so once the last one is in, the ones
-// before it have been dealt with.
 TEST_F(PortalHotKeyRegistrarTest, ActivationsOfOtherSessionsAndUnknownShortcutsAreIgnored)
 {
     const EventHotKeyRef create = registerT(cmdKey + shiftKey);
     portal_.activate("/org/freedesktop/portal/desktop/session/1_99/other", shortcutId(0));
     portal_.activate(session(), "hotkey-LOGO+z");
-    portal_.activate(session(), shortcutId(0));
-    ASSERT_TRUE(processEventsUntil([&] { return !events_.empty(); }));
+    portal_.deactivate(session(), shortcutId(0));
+    ASSERT_TRUE(processEventsUntilARelease());
     ASSERT_EQ(events_.size(), 1u);
     EXPECT_EQ(events_[0].ref, create);
 }
@@ -212,23 +224,23 @@ TEST_F(PortalHotKeyRegistrarTest, UnregisteredHotKeysGoQuietAndTheLastOneClosesT
     registrar_->unregisterEventHotKey(create);
     registrar_->unregisterEventHotKey(0);
     registrar_->unregisterEventHotKey(restore + 100);
-    EXPECT_EQ(portal_.bindings().size(), 2u) << "nothing bound again";
+    EXPECT_EQ(portal_.record().bindings.size(), 2u) << "nothing bound again";
 
     portal_.activate(session(), createId);
-    portal_.activate(session(), restoreId);
-    ASSERT_TRUE(processEventsUntil([&] { return !events_.empty(); }));
+    portal_.deactivate(session(), restoreId);
+    ASSERT_TRUE(processEventsUntilARelease());
     ASSERT_EQ(events_.size(), 1u);
     EXPECT_EQ(events_[0].ref, restore);
-    EXPECT_TRUE(portal_.closedSessions().isEmpty());
+    EXPECT_TRUE(portal_.record().closedSessions.isEmpty());
 
     registrar_->unregisterEventHotKey(restore);
-    ASSERT_TRUE(processEventsUntil([&] { return !portal_.closedSessions().isEmpty(); }));
-    EXPECT_EQ(portal_.closedSessions(), QStringList({session(0)}));
+    ASSERT_TRUE(processEventsUntil([&] { return !portal_.record().closedSessions.isEmpty(); }));
+    EXPECT_EQ(portal_.record().closedSessions, QStringList({session(0)}));
 
     // A later registration starts over in a session of its own.
     EXPECT_NE(registerT(cmdKey + shiftKey), 0u);
-    EXPECT_EQ(portal_.bindings().back().session, session(1));
-    EXPECT_EQ(triggersOf(portal_.bindings().back()), QStringList({"LOGO+SHIFT+t"}));
+    EXPECT_EQ(lastBinding().session, session(1));
+    EXPECT_EQ(triggersOf(lastBinding()), QStringList({"LOGO+SHIFT+t"}));
 }
 
 TEST_F(PortalHotKeyRegistrarTest, AfterThePortalEndsTheSessionTheNextRegistrationBindsAllAgain)
@@ -241,12 +253,12 @@ TEST_F(PortalHotKeyRegistrarTest, AfterThePortalEndsTheSessionTheNextRegistratio
     EXPECT_EQ(log_.lines(), std::vector<std::string>({stopped}));
 
     EXPECT_NE(registerT(cmdKey + optionKey + shiftKey, 2), 0u);
-    EXPECT_EQ(portal_.bindings().back().session, session(1));
-    EXPECT_EQ(triggersOf(portal_.bindings().back()), QStringList({"LOGO+SHIFT+t", "LOGO+ALT+SHIFT+t"}));
+    EXPECT_EQ(lastBinding().session, session(1));
+    EXPECT_EQ(triggersOf(lastBinding()), QStringList({"LOGO+SHIFT+t", "LOGO+ALT+SHIFT+t"}));
 
     portal_.activate(session(0), createId);
-    portal_.activate(session(1), createId);
-    ASSERT_TRUE(processEventsUntil([&] { return !events_.empty(); }));
+    portal_.deactivate(session(1), createId);
+    ASSERT_TRUE(processEventsUntilARelease());
     ASSERT_EQ(events_.size(), 1u);
     EXPECT_EQ(events_[0].ref, create);
 }
@@ -255,7 +267,7 @@ TEST_F(PortalHotKeyRegistrarTest, TheRegistrarClosesItsSessionWhenItGoes)
 {
     registerT(cmdKey + shiftKey);
     registrar_.reset();
-    EXPECT_TRUE(processEventsUntil([&] { return portal_.closedSessions() == QStringList({session(0)}); }));
+    EXPECT_TRUE(processEventsUntil([&] { return portal_.record().closedSessions == QStringList({session(0)}); }));
 }
 
 TEST(PortalHotKeyRegistrarAvailabilityTest, AvailableOnlyWithAPortalOnTheBus)
