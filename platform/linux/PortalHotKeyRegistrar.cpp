@@ -37,7 +37,7 @@ QString sessionPathFrom(const QVariant& handle)
 
 PortalHotKeyRegistrar::PortalHotKeyRegistrar(const QDBusConnection& bus) : bus_(bus), requests_(bus)
 {
-    registerPortalShortcutTypes();
+    registerPortalTypes();
     bus_.connect(kPortalService, kPortalPath, kShortcutsInterface, QStringLiteral("Activated"), this,
                  SLOT(onActivated(QDBusObjectPath, QString, qulonglong, QVariantMap)));
     bus_.connect(kPortalService, kPortalPath, kShortcutsInterface, QStringLiteral("Deactivated"), this,

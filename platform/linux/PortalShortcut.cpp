@@ -1,6 +1,7 @@
 #include "platform/linux/PortalShortcut.h"
 
 #include <QDBusMetaType>
+#include <QDBusObjectPath>
 
 namespace quilo {
 
@@ -20,11 +21,12 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, PortalShortcut& s
     return argument;
 }
 
-void registerPortalShortcutTypes()
+void registerPortalTypes()
 {
     static const bool registered = [] {
         qDBusRegisterMetaType<PortalShortcut>();
         qDBusRegisterMetaType<PortalShortcutList>();
+        qRegisterMetaType<QDBusObjectPath>();
         return true;
     }();
     (void)registered;

@@ -23,8 +23,11 @@ using PortalShortcutList = QList<PortalShortcut>;
 QDBusArgument& operator<<(QDBusArgument& argument, const PortalShortcut& shortcut);
 const QDBusArgument& operator>>(const QDBusArgument& argument, PortalShortcut& shortcut);
 
-// Makes the list known to Qt's D-Bus marshalling; safe to call repeatedly.
-void registerPortalShortcutTypes();
+// Makes the portal's types known to Qt before any signal is connected: the
+// shortcut list for marshalling, and object paths, because a slot's parameter
+// types are looked up by name and an unknown one leaves its signal undelivered.
+// Safe to call repeatedly.
+void registerPortalTypes();
 
 // The list held in a result map's value, or none when the value is missing or
 // is not an a(sa{sv}), so a portal's odd answer cannot be misread.
