@@ -1,6 +1,8 @@
 // The file managers' menu entries, installed and removed by the real
 // command in a home of the test's own.
+#include "foundation/QuiloKeys.h"
 #include "tests/cli/FileManagerHome.h"
+#include "tests/support/InstanceServing.h"
 
 #include <map>
 
@@ -156,10 +158,12 @@ TEST_F(FileManagerActions, AFileThatCannotBeWrittenIsNamedAndNothingIsLeftHalfDo
     EXPECT_TRUE(fs::exists(uca()) && fs::exists(script("nautilus", kActions[2])));
 }
 
-// The entries run for real: the pictures in a folder with a space in its
-// name get their icons from the Nautilus script and lose and regain them
-// through the Nemo actions.
-TEST_F(FileManagerActions, TheEntriesRunTheJobsOnTheSelectedPictures)
+// The entries run for real: the Nautilus script (given names relative to
+// the folder shown) and the Nemo actions hand the pictures in a folder with
+// a space in its name to the running Quilo. The jobs it is handed, run here
+// on the terminal in its stead, give the pictures their icons and take them
+// off again.
+TEST_F(FileManagerActions, TheEntriesHandTheSelectedPicturesToTheRunningQuilo)
 {
     const fs::path folder = directory_ / "Holiday Pictures";
     const std::vector<std::string> names{"hills by night.jpg", "it's a lighthouse.png"};
@@ -175,9 +179,32 @@ TEST_F(FileManagerActions, TheEntriesRunTheJobsOnTheSelectedPictures)
         }
     };
 
-    const Outcome created = shell(session + " cd " + sq(folder) + " && " + sq(script("nautilus", kActions[0])) + " "
-                                  + sq(names[0]) + " " + sq(names[1]) + " 2>&1");
-    EXPECT_EQ(created.status, 0) << created.output;
+    CoreApplication application;
+    TestSession instanceSession;
+    RecordingInstance instance(instanceSession.address());
+    ASSERT_TRUE(instance.server().listen());
+    const std::map<std::string, int> kinds{{"create-thumbnails", kCreateThumbnails},
+                                           {"restore-thumbnails", kRestoreThumbnails}};
+    auto entryRan = [&](const std::string& commandLine, const Action& action) {
+        const Outcome ran = whileServing([&] { return shell(session + commandLine + " 2>&1"); });
+        EXPECT_EQ(ran.status, 0) << commandLine << "\n" << ran.output;
+        ASSERT_EQ(instance.jobs.size(), 1u);
+        const ReceivedJob job = instance.jobs.front();
+        instance.jobs.clear();
+        EXPECT_EQ(job.kind, kinds.at(action.word));
+        std::string paths;
+        for (const std::string& name : names)
+            paths += " " + sq(folder / name);
+        std::string handed;
+        for (const QString& path : job.paths)
+            handed += " " + sq(path.toStdString());
+        EXPECT_EQ(handed, paths) << "whole paths, in the file manager's order";
+        EXPECT_EQ(quilo(action.word + handed).status, 0);
+    };
+
+    entryRan(" cd " + sq(folder) + " && " + sq(script("nautilus", kActions[0])) + " " + sq(names[0]) + " "
+                 + sq(names[1]),
+             kActions[0]);
     iconsAre("yes");
 
     std::string selection;
@@ -186,8 +213,7 @@ TEST_F(FileManagerActions, TheEntriesRunTheJobsOnTheSelectedPictures)
     for (const auto& [action, state] : {std::pair{kActions[1], "no"}, std::pair{kActions[0], "yes"}}) {
         std::string line = nemoExec(action);
         line.replace(line.find("%F"), 2, selection);
-        const Outcome ran = shell(session + " cd " + sq(home_) + " && " + line + " 2>&1");
-        EXPECT_EQ(ran.status, 0) << line << "\n" << ran.output;
+        entryRan(" cd " + sq(home_) + " && " + line, action);
         iconsAre(state);
     }
 }
