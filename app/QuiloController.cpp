@@ -17,6 +17,7 @@
 #include <QAction>
 #include <QDesktopServices>
 #include <QMessageBox>
+#include <QSystemTrayIcon>
 #include <QThread>
 
 namespace quilo {
@@ -41,13 +42,7 @@ void QuiloController::applicationDidFinishLaunching()
 {
     logLine("Hello from Quilo");
     showStatusItem();
-    if (!creatingThumbnailsWindow_) {
-        jobInterface_ = std::make_unique<WindowJobInterface>();
-        creatingThumbnailsWindow_
-            = std::make_unique<CreatingThumbnailsController>(*jobInterface_, selection_, defaults_);
-        connect(&jobInterface_->window(), &CreatingThumbnailsWindow::stopRequested, this,
-                [this] { creatingThumbnailsWindow_->stopCreatingThumbnailsButton(); });
-    }
+    createJobDriverIfNeeded();
     NotificationCenter::defaultCenter().addObserver(
         this, QStringLiteral("RTZHandleHotKeyEvent"),
         [this](const Notification& notification) { handleHotKeyEvent(notification); });
@@ -57,6 +52,17 @@ void QuiloController::applicationDidFinishLaunching()
         connect(updateThread, &QThread::finished, updateThread, &QObject::deleteLater);
         updateThread->start();
     }
+}
+
+// A request may come in before launching has finished.
+void QuiloController::createJobDriverIfNeeded()
+{
+    if (creatingThumbnailsWindow_)
+        return;
+    jobInterface_ = std::make_unique<WindowJobInterface>();
+    creatingThumbnailsWindow_ = std::make_unique<CreatingThumbnailsController>(*jobInterface_, selection_, defaults_);
+    connect(&jobInterface_->window(), &CreatingThumbnailsWindow::stopRequested, this,
+            [this] { creatingThumbnailsWindow_->stopCreatingThumbnailsButton(); });
 }
 
 void QuiloController::showStatusItem()
@@ -81,6 +87,7 @@ void QuiloController::startThumbActionForType(int kind) { creatingThumbnailsWind
 
 void QuiloController::startThumbActionForFiles(int kind, const QStringList& paths)
 {
+    createJobDriverIfNeeded();
     // The files must not wait for a later job from the menu.
     if (creatingThumbnailsWindow_->currentlyProcessing()) {
         logLine("A job is running; the file manager's request is refused.");
@@ -88,6 +95,14 @@ void QuiloController::startThumbActionForFiles(int kind, const QStringList& path
     }
     selection_.handOver(paths);
     startThumbActionForType(kind);
+}
+
+void QuiloController::showRunning()
+{
+    const QString message = localizedString(QStringLiteral("Quilo is running: its menu is in the tray."));
+    logLine(message.toStdString());
+    if (theStatusItem_ && theStatusItem_->trayIcon())
+        theStatusItem_->trayIcon()->showMessage(QStringLiteral("Quilo"), message);
 }
 
 // On a thread of its own: the fetch blocks.

@@ -40,6 +40,8 @@ public:
     void startThumbActionForType(int kind);
     // A file-manager request: the job runs on the files it handed over.
     void startThumbActionForFiles(int kind, const QStringList& paths);
+    // Another start of Quilo in this session: says where Quilo is.
+    void showRunning();
     void checkForUpdates();
 
     void menuCreateThumbs();
@@ -55,6 +57,7 @@ public:
     CreatingThumbnailsController* creatingThumbnailsWindow() const { return creatingThumbnailsWindow_.get(); }
 
 private:
+    void createJobDriverIfNeeded();
     void buildMenu();
     QAction* addMenuItem(const QString& title, void (QuiloController::*action)());
 

@@ -8,6 +8,7 @@
 
 #include <QUrl>
 
+#include <csignal>
 #include <sys/stat.h>
 
 namespace quilo {
@@ -249,6 +250,45 @@ TEST_F(TrayApplication, UpdateCheckAtLaunchOnlyWhenSwitchedOn)
     defaults().synchronize();
     auto quilo = startQuilo({}, "with-check");
     EXPECT_TRUE(quilo->waitForLog("Checking for updates...")) << quilo->log();
+}
+
+// A file manager's entry, and a second start, reach the Quilo that runs.
+TEST_F(TrayApplication, RequestsGoToTheRunningQuilo)
+{
+    auto tray = startTray();
+    auto quilo = startQuilo();
+    ASSERT_TRUE(waitForDockedIcon()) << quilo->log();
+    const fs::path file = picture("from the file manager.jpg");
+
+    auto request = startQuilo({"request", "create-thumbnails", QString::fromStdString(file.string())}, "request");
+    EXPECT_EQ(request->waitForExit(), std::optional(0)) << request->log();
+    EXPECT_TRUE(quilo->waitForLog("Processing " + file.string())) << quilo->log();
+    EXPECT_TRUE(ChildProgram::waitUntil([&] { return hasCustomIcon(file); }, 30));
+
+    auto second = startQuilo({}, "second");
+    EXPECT_EQ(second->waitForExit(), std::optional(0));
+    EXPECT_EQ(second->log(), "Quilo is already running in this session.\n");
+    EXPECT_TRUE(quilo->waitForLog("Quilo is running: its menu is in the tray.")) << quilo->log();
+    EXPECT_TRUE(quilo->running());
+}
+
+// With no Quilo running, a file manager's entry starts one for its job.
+TEST_F(TrayApplication, RequestStartsQuiloWhenNoneRuns)
+{
+    const fs::path file = picture("first of the day.jpg");
+    auto request = startQuilo({"request", "create-thumbnails", QString::fromStdString(file.string())}, "request");
+    EXPECT_EQ(request->waitForExit(20'000), std::optional(0)) << request->log();
+    EXPECT_TRUE(ChildProgram::waitUntil([&] { return hasCustomIcon(file); }, 30));
+
+    // The Quilo started for it stays, in the tray; its lock file names it.
+    fs::path lock;
+    for (const auto& entry : fs::directory_iterator(runtime()))
+        if (entry.path().extension() == ".lock")
+            lock = entry.path();
+    ASSERT_FALSE(lock.empty());
+    const int pid = std::stoi(readFileText(lock));
+    EXPECT_EQ(::kill(pid, 0), 0) << "the started Quilo is gone";
+    ::kill(pid, SIGTERM);
 }
 
 } // namespace
