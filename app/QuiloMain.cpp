@@ -8,6 +8,7 @@
 #include "resources/ImageNamed.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace quilo {
 namespace {
@@ -34,8 +35,18 @@ int handOverToFirstInstance()
 
 } // namespace
 
+bool displayAvailable()
+{
+    return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM");
+}
+
 int quiloApplicationMain(int argc, char** argv)
 {
+    if (!displayAvailable()) {
+        std::fprintf(stderr, "quilo: no display to show the tray application on; "
+                             "'quilo --help' lists the commands that need none\n");
+        return 1;
+    }
     QuiloController* controller = nullptr;
     QuiloApplication application(argc, argv, [&controller] {
         auto made = std::make_unique<QuiloController>(UserDefaults::standardUserDefaults());

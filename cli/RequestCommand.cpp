@@ -4,12 +4,12 @@
 #include "cli/Command.h"
 
 #include "app/InstanceClient.h"
+#include "app/QuiloMain.h"
 #include "foundation/QuiloKeys.h"
 
 #include <QCoreApplication>
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 
@@ -21,13 +21,6 @@ const std::map<std::string, int> kKindByAction{
     {"restore-thumbnails", kRestoreThumbnails},
     {"save-as-icns", kSaveAsICNS},
 };
-
-// Quilo's windows need a display; the instance started for a request would
-// end at once without one.
-bool displayAvailable()
-{
-    return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM");
-}
 
 // The running Quilo has a working folder of its own: relative paths are
 // made whole here, where they mean something.
