@@ -89,9 +89,17 @@ inline std::string commandOutput(const std::string& command)
 }
 
 // The X windows the server knows by that exact name (xdotool's search).
-inline std::string xWindowsNamed(const std::string& name)
+inline std::string xWindowsNamed(const std::string& name, const std::string& options = "")
 {
-    return commandOutput("xdotool search --name '^" + name + "$' 2>/dev/null");
+    // xdotool takes a regular expression: titles like "Save?" or "..." are
+    // matched as they are written.
+    std::string pattern;
+    for (char c : name) {
+        if (std::string_view(".^$*+?()[]{}|\\").find(c) != std::string_view::npos)
+            pattern += '\\';
+        pattern += c;
+    }
+    return commandOutput("xdotool search " + options + " --name '^" + pattern + "$' 2>/dev/null");
 }
 
 // A left click at a widget's centre, through the X server.

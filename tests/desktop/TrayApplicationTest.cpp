@@ -3,6 +3,7 @@
 // presses hot keys and copies files in another program.
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
+#include "hotkeys/HotKeysController.h"
 #include "tests/desktop/TrayDesktop.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -185,9 +186,16 @@ TEST_F(TrayApplication, AboutBoxAndQuitFromTheMenu)
     EXPECT_EQ(quilo->waitForExit(10'000), std::optional(0)) << quilo->log();
 }
 
-// The factory hot key runs Create Thumbnails whichever window has the focus.
-TEST_F(TrayApplication, FactoryHotKeyRunsTheJobWhileAnotherWindowHasTheFocus)
+// The hot keys run their jobs whichever window has the focus: the factory
+// two, and Save as ICNS Files' once it is switched on.
+TEST_F(TrayApplication, HotKeysRunTheirJobsWhileAnotherWindowHasTheFocus)
 {
+    const QVariantMap hotKeys{
+        {RTZHotKey_CreateThumbnails, HotKeysController::hotKeyDictForKey(17, cmdKey + shiftKey, true)},
+        {RTZHotKey_RestoreThumbnails, HotKeysController::hotKeyDictForKey(17, cmdKey + optionKey + shiftKey, true)},
+        {RTZHotKey_SaveAsICNS, HotKeysController::hotKeyDictForKey(17, cmdKey + controlKey, true)}};
+    defaults().setObject(hotKeys, RTZHotKeysKey);
+    defaults().synchronize();
     auto quilo = startQuilo();
     ASSERT_TRUE(quilo->waitForLog("Hello from Quilo")) << quilo->log();
     ChildProgram other("xlogo", {"-geometry", "200x200+100+100"}, environment(), log("xlogo"));
@@ -197,12 +205,22 @@ TEST_F(TrayApplication, FactoryHotKeyRunsTheJobWhileAnotherWindowHasTheFocus)
 
     const fs::path file = picture("hot key.jpg");
     copyFiles({file});
+    // A job refuses to start while another runs, so each is let finish:
+    // its progress window closes.
     pressKey("super+shift+t");
     ASSERT_TRUE(ChildProgram::waitUntil([&] { return hasCustomIcon(file); }, 30)) << quilo->log();
+    ASSERT_TRUE(ChildProgram::waitUntil([] { return !windowShown("Creating Thumbnails..."); }, 30));
 
     // Command + option + shift + T: Restore Thumbnails.
     pressKey("super+alt+shift+t");
     EXPECT_TRUE(ChildProgram::waitUntil([&] { return !hasCustomIcon(file); }, 30)) << quilo->log();
+    ASSERT_TRUE(ChildProgram::waitUntil([] { return !windowShown("Restoring Thumbnails..."); }, 30));
+
+    pressKey("super+ctrl+t");
+    const std::string panel = "Where would you like to save your new .icns files?";
+    ASSERT_TRUE(ChildProgram::waitUntil([&] { return windowShown(panel); }, 30)) << quilo->log();
+    ASSERT_EQ(std::system(("xdotool windowfocus --sync " + firstWindowNamed(panel) + " key Escape").c_str()), 0);
+    EXPECT_TRUE(quilo->waitForLog("Canceled creating ICNS files.")) << quilo->log();
 }
 
 // A combination another program holds stays with it: Quilo takes nothing.

@@ -105,7 +105,7 @@ inline std::vector<XWindow> childWindows(const std::string& parent)
 // Whether a window of that exact name is on the screen (mapped).
 inline bool windowShown(const std::string& name)
 {
-    return !commandOutput("xdotool search --onlyvisible --name '^" + name + "$' 2>/dev/null").empty();
+    return !xWindowsNamed(name, "--onlyvisible").empty();
 }
 
 // The first window with that exact name, if any (xdotool's search).
