@@ -6,15 +6,11 @@
 
 #include <QGuiApplication>
 
-#include <cstdlib>
-
 int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
     quilo::test::XvfbServer server;
-    ::setenv("DISPLAY", server.display().c_str(), 1);
-    ::setenv("QT_QPA_PLATFORM", "xcb", 1);
-    ::unsetenv("WAYLAND_DISPLAY");
+    server.becomeTheDisplay();
     QGuiApplication application(argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -3,6 +3,7 @@
 // A real X server of the test's own: Xvfb on the first free display, gone
 // with the object.
 #include <csignal>
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
@@ -45,6 +46,14 @@ public:
     XvfbServer& operator=(const XvfbServer&) = delete;
 
     const std::string& display() const { return display_; }
+
+    // Makes this server the process's display, for the Qt application made next.
+    void becomeTheDisplay() const
+    {
+        ::setenv("DISPLAY", display_.c_str(), 1);
+        ::setenv("QT_QPA_PLATFORM", "xcb", 1);
+        ::unsetenv("WAYLAND_DISPLAY");
+    }
 
 private:
     pid_t pid_ = -1;
