@@ -35,7 +35,11 @@ QuiloController::QuiloController(UserDefaults& defaults)
 QuiloController::~QuiloController()
 {
     NotificationCenter::defaultCenter().removeObserver(this);
-    creatingThumbnailsWindow_.reset(); // waits for a running job, which needs the window
+    // Quitting during a job stops it after the file in hand, as Stop does,
+    // rather than leaving an invisible Quilo to finish the selection.
+    if (creatingThumbnailsWindow_)
+        creatingThumbnailsWindow_->stopCreatingThumbnailsButton();
+    creatingThumbnailsWindow_.reset(); // waits for that file; the job needs the window
 }
 
 void QuiloController::applicationDidFinishLaunching()
