@@ -112,7 +112,7 @@ void QuiloController::showRunning()
 // On a thread of its own: the fetch blocks.
 void QuiloController::checkForUpdates()
 {
-    auto update = RTZUpdate::updateForApplication(QStringLiteral("Quilo"), updateDocumentURL());
+    auto update = RTZUpdate::updateForApplication(QStringLiteral("Quilo"), updateDocumentURL(), defaults_);
     update->checkForUpdates(false, QString::fromLatin1(kApplicationVersion), RTZCheckForUpdatesAtLaunchKey,
                             RTZLastCheckForUpdatesKey, false);
 }

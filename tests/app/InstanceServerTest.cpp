@@ -114,25 +114,6 @@ TEST_F(InstanceServerTest, GarbageIsRefusedAndTheConnectionClosed)
     EXPECT_EQ(send(InstanceRequest::activate()), MessageCode::Accepted) << "and it serves on";
 }
 
-TEST_F(InstanceServerTest, FramesAreTakenAsTheyArrive)
-{
-    RecordingInstance& instance = listening();
-    const QByteArray first = frame(InstanceRequest::runJob(kRestoreThumbnails, {"/first.jpg"})->encode());
-    const QByteArray second = frame(InstanceRequest::runJob(kCreateThumbnails, {"/second.jpg"})->encode());
-
-    std::vector<QByteArray> bytes;
-    for (const char byte : first)
-        bytes.emplace_back(1, byte);
-    EXPECT_EQ(sendRaw(bytes).reply, MessageCode::Accepted);
-
-    // One request a connection: what follows it is not read.
-    const RawOutcome both = sendRaw({first + second});
-    EXPECT_EQ(both.reply, MessageCode::Accepted);
-    EXPECT_TRUE(both.closed);
-    EXPECT_EQ(instance.jobs, (std::vector<ReceivedJob>{{kRestoreThumbnails, {"/first.jpg"}},
-                                                       {kRestoreThumbnails, {"/first.jpg"}}}));
-}
-
 TEST_F(InstanceServerTest, ASecondInstanceIsRefusedWhileTheFirstListens)
 {
     listening();

@@ -154,21 +154,27 @@ inline int distinctColours(const QImage& image)
     return int(colours.size());
 }
 
-// What the X server shows of the window, kept under the build's test
-// artefacts, once it is painted (a loaded machine maps a window some time
-// before it draws it).
-inline void keepScreenshot(QWidget* window, const std::string& name)
+// What `grab` takes from the X server, kept under the build's test artefacts
+// once it is painted (a loaded machine maps a window some time before it
+// draws it).
+inline QImage keepPainted(const std::function<QImage()>& grab, const std::string& name)
 {
     QImage shot;
     for (int attempt = 0; attempt < 100 && distinctColours(shot) <= 8; ++attempt) {
         if (attempt > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        onGui([&] { shot = window->screen()->grabWindow(window->winId()).toImage(); });
+        onGui([&] { shot = grab(); });
     }
     EXPECT_GT(distinctColours(shot), 8) << name << " stayed blank";
     const std::filesystem::path folder = QUILO_TEST_ARTIFACTS;
     std::filesystem::create_directories(folder);
     EXPECT_TRUE(shot.save(QString::fromStdString((folder / name).string())));
+    return shot;
+}
+
+inline void keepScreenshot(QWidget* window, const std::string& name)
+{
+    keepPainted([window] { return window->screen()->grabWindow(window->winId()).toImage(); }, name);
 }
 
 } // namespace quilo::test

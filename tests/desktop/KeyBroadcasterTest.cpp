@@ -92,21 +92,5 @@ TEST_F(KeyBroadcasterOnX, KeysArriveAsMacKeyCodesWithCarbonModifiersAndGoNoFurth
     EXPECT_EQ(broadcasts_.back(), (Broadcast{17, 0x0300})) << "caps lock is dropped";
 }
 
-TEST(KeyBroadcaster, ModifierTableAndKeyEquivalents)
-{
-    using KB = KeyBroadcaster;
-    EXPECT_EQ(KB::cocoaToCarbonModifiers(KB::NSCommandKeyMask | KB::NSShiftKeyMask), 0x0300);
-    EXPECT_EQ(KB::cocoaToCarbonModifiers(KB::NSCommandKeyMask | KB::NSShiftKeyMask | KB::NSAlphaShiftKeyMask
-                                         | KB::NSNumericPadKeyMask),
-              0x0300);
-    EXPECT_EQ(KB::cocoaToCarbonModifiers(KB::NSAlternateKeyMask | KB::NSControlKeyMask), 0x1800);
-    EXPECT_EQ(KB::cocoaToCarbonModifiers(0), 0);
-    onGui([] {
-        KeyBroadcaster button;
-        const QKeyEvent plain(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier);
-        EXPECT_TRUE(button.performKeyEquivalent(plain));
-    });
-}
-
 } // namespace
 } // namespace quilo

@@ -140,21 +140,13 @@ inline void clickAt(QPoint point, int button = 1)
 // What the screen shows in that rectangle, kept under the test artefacts.
 inline QImage keepScreenRegion(const QRect& region, const std::string& name)
 {
-    QImage shot;
-    for (int attempt = 0; attempt < 100 && distinctColours(shot) <= 8; ++attempt) {
-        if (attempt > 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        onGui([&] {
-            shot = QGuiApplication::primaryScreen()
-                       ->grabWindow(0, region.x(), region.y(), region.width(), region.height())
-                       .toImage();
-        });
-    }
-    EXPECT_GT(distinctColours(shot), 8) << name << " stayed blank";
-    const std::filesystem::path folder = QUILO_TEST_ARTIFACTS;
-    std::filesystem::create_directories(folder);
-    EXPECT_TRUE(shot.save(QString::fromStdString((folder / name).string())));
-    return shot;
+    return keepPainted(
+        [region] {
+            return QGuiApplication::primaryScreen()
+                ->grabWindow(0, region.x(), region.y(), region.width(), region.height())
+                .toImage();
+        },
+        name);
 }
 
 } // namespace quilo::test

@@ -12,16 +12,7 @@
 namespace quilo::test {
 
 RecordingHotKeyRegistrar* gRegistrar = nullptr;
-int gLaunchesFinished = 0;
 
-namespace {
-
-class CountingDelegate final : public ApplicationDelegate {
-public:
-    void applicationDidFinishLaunching() override { ++gLaunchesFinished; }
-};
-
-} // namespace
 } // namespace quilo::test
 
 int main(int argc, char** argv)
@@ -32,12 +23,11 @@ int main(int argc, char** argv)
     ::setenv("XDG_CONFIG_HOME", config.path().c_str(), 1);
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     QuiloApplication application(
-        argc, argv, [] { return std::make_unique<test::CountingDelegate>(); },
+        argc, argv, [] { return std::unique_ptr<ApplicationDelegate>(); },
         [] {
             auto registrar = std::make_unique<test::RecordingHotKeyRegistrar>();
             test::gRegistrar = registrar.get();
             return registrar;
         });
-    QCoreApplication::processEvents(); // launching finishes
     return RUN_ALL_TESTS();
 }

@@ -7,7 +7,5 @@ namespace quilo::test {
 
 // The hot-key service under the run's one QuiloApplication.
 extern RecordingHotKeyRegistrar* gRegistrar;
-// How often the delegate heard that launching finished.
-extern int gLaunchesFinished;
 
 } // namespace quilo::test

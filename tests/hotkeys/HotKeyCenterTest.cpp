@@ -220,24 +220,5 @@ TEST_F(HotKeyCenterTest, HotKeyEventsAreCheckedBeforeAnythingIsSent)
     EXPECT_EQ(receiver_.senders.size(), 1u) << "a removed record's identifier";
 }
 
-// Application events matter only where the system has no hot-key events.
-TEST_F(HotKeyCenterTest, ApplicationEventsAreForSystemsWithoutHotKeys)
-{
-    add("Create Thumbnails", kCommandShiftT);
-    center_->sendEvent({14, 6, std::intptr_t(lastRef())});
-    EXPECT_TRUE(receiver_.senders.empty());
-
-    HotKeyCenter without(nullptr);
-    Receiver receiver;
-    EXPECT_FALSE(without.addHotKey("Create Thumbnails", kCommandShiftT, &receiver, &Receiver::pressed));
-    without.sendEvent({14, 6, 0});
-    without.sendEvent({14, 6, 1});
-    without.sendEvent({14, 9, 1});
-    without.sendEvent({13, 6, 1});
-    EXPECT_TRUE(receiver.senders.empty());
-    expectAssertion([&] { without.handleHotKeyEvent({kEventClassKeyboard, 5, EventHotKeyID{0x484B7943, 1}}); }, "",
-                    219);
-}
-
 } // namespace
 } // namespace quilo

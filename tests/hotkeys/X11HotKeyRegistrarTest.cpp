@@ -76,18 +76,6 @@ protected:
     std::vector<HotKeyEvent> events_;
 };
 
-TEST_F(X11HotKeys, ModifiersAreFoundInTheServersMapping)
-{
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    const X11ModifierMasks masks = readModifierMasks(x11->connection());
-    EXPECT_EQ(masks.super, XCB_MOD_MASK_4);
-    EXPECT_EQ(masks.alt, XCB_MOD_MASK_1);
-    EXPECT_EQ(masks.numLock, XCB_MOD_MASK_2);
-    EXPECT_EQ(masks.maskForCarbonModifiers(cmdKey + optionKey + controlKey + shiftKey),
-              XCB_MOD_MASK_4 | XCB_MOD_MASK_1 | XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_SHIFT);
-    EXPECT_EQ(X11ModifierMasks{}.maskForCarbonModifiers(cmdKey), std::nullopt) << "a keyboard without Super";
-}
-
 TEST_F(X11HotKeys, PressAndReleaseArriveOnceWhileAnotherProgramHasTheFocus)
 {
     const std::string log = ::testing::TempDir() + "xev-" + std::to_string(::getpid()) + ".log";

@@ -24,15 +24,6 @@ TEST(RTZMacOSVersion, ReleasesInBinaryCodedDecimal)
         EXPECT_EQ(RTZMacOSVersion::versionNumberFromRelease(release.release), release.number) << release.release;
 }
 
-TEST(RTZMacOSVersion, RunningSystem)
-{
-    utsname system{};
-    ASSERT_EQ(::uname(&system), 0);
-    const std::int32_t number = RTZMacOSVersion::systemVersionNumber();
-    EXPECT_NE(number, 0);
-    EXPECT_EQ(number, RTZMacOSVersion::versionNumberFromRelease(system.release)) << system.release;
-}
-
 TEST(MakersWebSite, PagesOnTheConfiguredSite)
 {
     const QUrl site(QUILO_MAKER_SITE);

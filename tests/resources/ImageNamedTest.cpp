@@ -90,23 +90,6 @@ TEST(ImageNamed, TrayIconGivesTheDrawnPageAtEachSize)
     }
 }
 
-// On a screen of twice the density the 32 px toolbar image is drawn from the
-// "@2x" file's 64 pixels.
-TEST(ImageNamed, PreferenceImagesComeAtSingleAndDoubleDensity)
-{
-    for (const QString& name : preferenceImages) {
-        SCOPED_TRACE(text(name));
-        const QIcon icon = imageNamed(name);
-        EXPECT_EQ(icon.availableSizes(), (QList<QSize>{{32, 32}, {64, 64}}));
-        const QPixmap single = icon.pixmap(QSize(32, 32), 1.0);
-        const QPixmap dense = icon.pixmap(QSize(32, 32), 2.0);
-        EXPECT_EQ(comparable(single.toImage()), comparable(QImage(":/images/" + name + ".png")));
-        EXPECT_EQ(dense.size(), QSize(64, 64));
-        EXPECT_EQ(dense.devicePixelRatio(), 2.0);
-        EXPECT_EQ(comparable(dense.toImage()), comparable(QImage(":/images/" + name + "@2x.png")));
-    }
-}
-
 // Names that find nothing stay quiet; a file that is there but does not
 // decode is worth a line, since the tray would otherwise just be blank.
 TEST(ImageNamed, UnknownOrUnreadableImagesGiveANullIcon)
