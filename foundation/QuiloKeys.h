@@ -6,6 +6,9 @@
 
 namespace quilo {
 
+// The running version, as the update check compares it.
+inline constexpr char kApplicationVersion[] = "1.1";
+
 inline const QString RTZCheckForUpdatesAtLaunchKey = QStringLiteral("Check for updates at launch");
 inline const QString RTZMaintainImageModificationDatesKey = QStringLiteral("Maintain image modification dates");
 // Registered and never read: thumbnails get no shadow.
