@@ -5,6 +5,19 @@ namespace {
 
 const QString kDesktopEntryGroup = QStringLiteral("Desktop Entry");
 
+// What a backslash and `c` stand for in a value; null for no escape.
+QChar unescaped(QChar c)
+{
+    switch (c.unicode()) {
+    case 's': return ' ';
+    case 'n': return '\n';
+    case 't': return '\t';
+    case 'r': return '\r';
+    case '\\': return '\\';
+    default: return {};
+    }
+}
+
 bool isExecEscaped(QChar c) { return c == '"' || c == '`' || c == '$' || c == '\\'; }
 
 void setValue(DesktopKeyValues& group, const QString& key, const QString& value)
@@ -61,14 +74,13 @@ QString unescapedDesktopValue(const QString& value)
 {
     QString text;
     for (qsizetype at = 0; at < value.size(); ++at) {
-        const QChar next = at + 1 < value.size() ? value[at + 1] : QChar();
-        if (value[at] != '\\' || !QStringLiteral("sntr\\").contains(next) || next.isNull()) {
+        const QChar escaped = value[at] == '\\' && at + 1 < value.size() ? unescaped(value[at + 1]) : QChar();
+        if (escaped.isNull()) {
             text += value[at];
-            continue;
+        } else {
+            text += escaped;
+            ++at;
         }
-        text += next == 's' ? QChar(' ') : next == 'n' ? QChar('\n') : next == 't' ? QChar('\t')
-                : next == 'r' ? QChar('\r') : QChar('\\');
-        ++at;
     }
     return text;
 }

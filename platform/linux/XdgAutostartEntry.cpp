@@ -101,8 +101,10 @@ std::optional<QByteArray> desktopFileFromAutostartEntry(const AutostartEntry& en
         group.append({kPathKey, escapedDesktopValue(path)});
     if (entry.contains(AutostartKey::Hide))
         group.append({kHideKey, entry.value(AutostartKey::Hide).toBool() ? "true" : "false"});
-    if (entry.contains(AutostartKey::AliasData))
-        group.append({kAliasDataKey, QString::fromLatin1(entry.value(AutostartKey::AliasData).toByteArray().toBase64())});
+    if (entry.contains(AutostartKey::AliasData)) {
+        const QByteArray aliasData = entry.value(AutostartKey::AliasData).toByteArray();
+        group.append({kAliasDataKey, QString::fromLatin1(aliasData.toBase64())});
+    }
 
     QString text = QStringLiteral("[Desktop Entry]\n");
     for (const auto& [key, value] : group)
