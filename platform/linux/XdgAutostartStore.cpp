@@ -1,0 +1,148 @@
+#include "platform/linux/XdgAutostartStore.h"
+
+#include "foundation/AtomicFile.h"
+#include "foundation/Log.h"
+#include "platform/linux/XdgAutostartEntry.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace quilo {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Desktop files are a few hundred bytes; a larger one is read only this far.
+constexpr qint64 kLargestFileRead = 1 << 20;
+
+fs::path sessionAutostartFolder()
+{
+    // The XDG rules: a relative XDG_CONFIG_HOME is invalid and ignored.
+    const char* configHome = std::getenv("XDG_CONFIG_HOME");
+    if (configHome && configHome[0] == '/')
+        return fs::path(configHome) / "autostart";
+    return fs::path(QFile::encodeName(QDir::homePath()).toStdString()) / ".config" / "autostart";
+}
+
+bool isItemFile(const fs::directory_entry& file)
+{
+    std::error_code ignored;
+    const std::string name = file.path().filename().string();
+    return name.size() > 8 && name.ends_with(".desktop") && file.is_regular_file(ignored);
+}
+
+QByteArray readText(const fs::path& path)
+{
+    QFile file(QFile::decodeName(path.c_str()));
+    return file.open(QIODevice::ReadOnly) ? file.read(kLargestFileRead) : QByteArray();
+}
+
+// The program's file name with anything unusual in a file name made a '-'.
+std::string fileNameStem(const AutostartEntry& entry)
+{
+    const QString program = entry.value(AutostartKey::Path).toString().section('/', -1);
+    std::string stem;
+    for (const QChar c : program) {
+        const bool plain = c.isLetterOrNumber() && c.unicode() < 0x80;
+        stem += plain || c == '.' || c == '_' || c == '-' ? char(c.unicode()) : '-';
+    }
+    return stem.empty() || stem.starts_with('.') ? "item" + stem : stem;
+}
+
+} // namespace
+
+XdgAutostartStore::XdgAutostartStore() : folder_(sessionAutostartFolder()) {}
+
+XdgAutostartStore::ItemFiles XdgAutostartStore::readItemFiles() const
+{
+    ItemFiles files;
+    std::error_code error;
+    for (fs::directory_iterator file(folder_, error), end; !error && file != end; file.increment(error)) {
+        if (!isItemFile(*file))
+            continue;
+        const std::string name = file->path().filename().string();
+        AutostartEntry entry = autostartEntryFromDesktopFile(readText(file->path()));
+        entry[AutostartKey::DesktopFile] = QString::fromStdString(name);
+        files.emplace(name, std::move(entry));
+    }
+    return files;
+}
+
+QList<AutostartEntry> XdgAutostartStore::readEntries()
+{
+    QList<AutostartEntry> entries;
+    for (auto& [name, entry] : readItemFiles())
+        entries.append(std::move(entry));
+    return entries;
+}
+
+bool XdgAutostartStore::writeEntries(const QList<AutostartEntry>& entries)
+{
+    const ItemFiles files = readItemFiles();
+    std::set<std::string> claimed;
+    bool succeeded = true;
+    for (const AutostartEntry& entry : entries) {
+        const std::string name = fileNameFor(entry, files, claimed);
+        claimed.insert(name);
+        const auto file = files.find(name);
+        if (file == files.end() || file->second != entry)
+            succeeded = writeItemFile(name, entry) && succeeded;
+    }
+    for (const auto& [name, entry] : files) {
+        if (!claimed.contains(name))
+            succeeded = removeItemFile(name) && succeeded;
+    }
+    return succeeded;
+}
+
+// The file an item was read from while it is still there and no earlier item
+// took it; otherwise a new name after the item's program.
+std::string XdgAutostartStore::fileNameFor(const AutostartEntry& entry, const ItemFiles& files,
+                                           const std::set<std::string>& claimed) const
+{
+    const std::string readFrom = entry.value(AutostartKey::DesktopFile).toString().toStdString();
+    if (files.contains(readFrom) && !claimed.contains(readFrom))
+        return readFrom;
+    const std::string stem = fileNameStem(entry);
+    std::string name = stem + ".desktop";
+    for (int number = 2; files.contains(name) || claimed.contains(name); ++number)
+        name = stem + '-' + std::to_string(number) + ".desktop";
+    return name;
+}
+
+bool XdgAutostartStore::writeItemFile(const std::string& name, const AutostartEntry& entry) const
+{
+    const fs::path path = folder_ / name;
+    const std::optional<QByteArray> text = desktopFileFromAutostartEntry(entry);
+    if (!text) {
+        logFormat("XdgAutostartStore: Could not write %s: the item names no program", path.c_str());
+        return false;
+    }
+    std::error_code error;
+    fs::create_directories(folder_, error);
+    const auto bytes = std::span(reinterpret_cast<const std::uint8_t*>(text->constData()), std::size_t(text->size()));
+    if (error || !writeFileAtomically(path, bytes)) {
+        logFormat("XdgAutostartStore: Could not write %s: %s", path.c_str(),
+                  error ? error.message().c_str() : std::strerror(errno));
+        return false;
+    }
+    return true;
+}
+
+bool XdgAutostartStore::removeItemFile(const std::string& name) const
+{
+    const fs::path path = folder_ / name;
+    std::error_code error;
+    fs::remove(path, error);
+    if (error)
+        logFormat("XdgAutostartStore: Could not remove %s: %s", path.c_str(), error.message().c_str());
+    return !error;
+}
+
+std::unique_ptr<AutostartStore> makeAutostartStore() { return std::make_unique<XdgAutostartStore>(); }
+
+} // namespace quilo
