@@ -124,7 +124,7 @@ void QuiloController::menuRestoreThumbs() { startThumbActionForType(kRestoreThum
 void QuiloController::menuShowPrefs()
 {
     if (!prefsWindow_)
-        prefsWindow_ = std::make_unique<PrefsController>();
+        prefsWindow_ = std::make_unique<PrefsController>(defaults_, hotKeysController_);
     prefsWindow_->showWindow();
 }
 

@@ -1,4 +1,5 @@
 #pragma once
+#include "foundation/QuiloKeys.h"
 #include "hotkeys/QuiloApplication.h"
 #include "jobs/ClipboardSelection.h"
 #include "jobs/HandedOverSelection.h"
@@ -27,7 +28,7 @@ class WindowJobInterface;
 class QuiloController final : public QObject, public ApplicationDelegate {
     Q_OBJECT
 public:
-    static constexpr const char* kApplicationVersion = "1.1";
+    static constexpr const char* kApplicationVersion = quilo::kApplicationVersion;
 
     explicit QuiloController(UserDefaults& defaults);
     ~QuiloController() override;

@@ -1,21 +1,86 @@
 #pragma once
-#include <QWidget>
+#include "prefs/UpdateAlert.h"
+
+#include <QMainWindow>
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+
+#include <memory>
+
+class QAction;
+class QToolBar;
+
+namespace Ui {
+class PrefsWindow;
+}
 
 namespace quilo {
 
-// The preferences window. Its panes (General, HotKeys, Update) are not built
-// yet: for now it is an empty window with its title.
-class PrefsController {
+class HotKeysController;
+class HotKeysPaneController;
+class HotKeyWindow;
+class UserDefaults;
+
+inline const QString RTZPrefsGeneralIdentifier = QStringLiteral("General");
+inline const QString RTZPrefsHotKeysIdentifier = QStringLiteral("HotKeys");
+inline const QString RTZPrefsUpdateIdentifier = QStringLiteral("Update");
+inline const QString RTZPrefsToolbar = QStringLiteral("Pref Toolbar");
+
+// The preferences window ("PrefsWindow.ui"): a toolbar of three panes over a
+// stack of them. General: launch at login and thumbnails for new icns files;
+// HotKeys: the hot-key pane; Update: the check at launch and a check now.
+// The window is made the first time it is asked for. Main thread only.
+class PrefsController final : public QObject {
+    Q_OBJECT
 public:
+    PrefsController(UserDefaults& defaults, HotKeysController& hotKeys);
     PrefsController();
+    ~PrefsController() override;
 
     // Shows the window in front of every other, with the keyboard focus.
     void showWindow();
+    QMainWindow& window();
 
-    QWidget& window() { return window_; }
+    // The toolbar's delegate.
+    QAction* toolbar(const QString& itemForItemIdentifier, bool willBeInsertedIntoToolbar);
+    QStringList toolbarDefaultItemIdentifiers() const;
+    QStringList toolbarSelectableItemIdentifiers() const;
+    QStringList toolbarAllowedItemIdentifiers() const;
+
+    void activateGeneralPane();
+    void activateHotKeysPane();
+    void activateUpdatePane();
+    // The identifier of the pane on show.
+    QString selectedPaneIdentifier() const;
+
+    void readLoginItem();
+    void launchAtLoginCheckbox();
+    void checkForUpdatesNow();
+
+    // Where the check-now button looks and how its alerts are shown; tests
+    // point them elsewhere.
+    void setUpdateDocumentURL(const QUrl& url) { updateDocumentURL_ = url; }
+    void setAlertRunner(AlertRunner runAlert) { runAlert_ = std::move(runAlert); }
+
+    HotKeysPaneController& hotKeysPane() { return *hotKeysPane_; }
+    HotKeyWindow& hotKeyWindow() { return *hotKeyWindow_; }
 
 private:
-    QWidget window_;
+    void windowDidLoad();
+    void setupToolbar();
+    void selectToolbarItem(const QString& identifier);
+    void selectTabViewItemWithIdentifier(const QString& identifier);
+
+    UserDefaults& defaults_;
+    HotKeysController& hotKeys_;
+    std::unique_ptr<QMainWindow> window_;
+    std::unique_ptr<Ui::PrefsWindow> ui_;
+    QToolBar* toolbar_ = nullptr;
+    std::unique_ptr<HotKeysPaneController> hotKeysPane_;
+    std::unique_ptr<HotKeyWindow> hotKeyWindow_;
+    QUrl updateDocumentURL_;
+    AlertRunner runAlert_;
 };
 
 } // namespace quilo

@@ -102,17 +102,34 @@ inline std::string xWindowsNamed(const std::string& name, const std::string& opt
     return commandOutput("xdotool search " + options + " --name '^" + pattern + "$' 2>/dev/null");
 }
 
-// A left click at a widget's centre, through the X server.
+// A click at a point of the screen, through the X server.
+inline void clickAt(QPoint point, int button = 1)
+{
+    // A synchronous move to where the pointer already is waits for a motion
+    // that never comes, so the pointer comes from one pixel beside.
+    const std::string x = std::to_string(point.x()), y = std::to_string(point.y());
+    const std::string command = "xdotool mousemove " + std::to_string(point.x() + 1) + " " + y + " mousemove --sync "
+        + x + " " + y + " click " + std::to_string(button);
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+}
+
+// A left click at a widget's centre.
 inline void click(QWidget* widget)
 {
     QPoint centre;
     onGui([&] { centre = widget->mapToGlobal(widget->rect().center()); });
-    // A synchronous move to where the pointer already is waits for a motion
-    // that never comes, so the pointer comes from one pixel beside.
-    const std::string x = std::to_string(centre.x()), y = std::to_string(centre.y());
-    const std::string command =
-        "xdotool mousemove " + std::to_string(centre.x() + 1) + " " + y + " mousemove --sync " + x + " " + y + " click 1";
-    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    clickAt(centre);
+}
+
+// Gives the window the keyboard focus: no window manager gives it here, so
+// the X server is asked directly.
+inline void focusWindow(QWidget* window)
+{
+    WId id = 0;
+    onGui([&] { id = window->winId(); });
+    const std::string command = "xdotool windowfocus --sync " + std::to_string(id) + " 2>/dev/null";
+    for (int attempt = 0; attempt < 50 && std::system(command.c_str()) != 0; ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
 }
 
 inline void typeText(const std::string& text)

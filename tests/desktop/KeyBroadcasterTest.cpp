@@ -36,17 +36,8 @@ protected:
             window_->show();
             broadcaster_->setFocus();
         });
-        // No window manager gives the focus here; the X server is asked directly.
-        WId id = 0;
-        onGui([&] { id = window_->winId(); });
         EXPECT_TRUE(eventually([this] { return window_->isVisible(); }));
-        actAsUser([id] {
-            for (int attempt = 0; attempt < 50; ++attempt) {
-                if (std::system(("xdotool windowfocus --sync " + std::to_string(id) + " 2>/dev/null").c_str()) == 0)
-                    break;
-                std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            }
-        });
+        actAsUser([this] { focusWindow(window_.get()); });
         NotificationCenter::defaultCenter().addObserver(this, "KeyBraodcasterKeyEvent", [this](const Notification& n) {
             EXPECT_EQ(n.object.value<QObject*>(), broadcaster_);
             broadcasts_.push_back({n.userInfo.value("KeyCode").toLongLong(), n.userInfo.value("Modifiers").toLongLong()});

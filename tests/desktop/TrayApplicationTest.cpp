@@ -186,6 +186,37 @@ TEST_F(TrayApplication, AboutBoxAndQuitFromTheMenu)
     EXPECT_EQ(quilo->waitForExit(10'000), std::optional(0)) << quilo->log();
 }
 
+// Preferences opens from the menu; launch at login, switched with the
+// keyboard, puts this very program into the session's autostart list and
+// takes it out again.
+TEST_F(TrayApplication, PreferencesFromTheMenuSwitchLaunchAtLogin)
+{
+    auto tray = startTray();
+    auto quilo = startQuilo();
+    const auto icon = waitForDockedIcon();
+    ASSERT_TRUE(icon) << quilo->log();
+
+    ASSERT_TRUE(openMenu(*icon));
+    pressKey("Down Down Down Down Return"); // the fourth item
+    ASSERT_TRUE(ChildProgram::waitUntil([] { return windowShown("Quilo Preferences"); }, 10));
+    const std::string window = firstWindowNamed("Quilo Preferences");
+    keepScreenRegion(windowFrame(window), "preferences-from-menu.png");
+    ASSERT_EQ(std::system(("xdotool windowfocus --sync " + window).c_str()), 0);
+
+    const auto autostartEntries = [this] {
+        std::vector<std::string> entries;
+        if (fs::exists(config() / "autostart"))
+            for (const auto& file : fs::directory_iterator(config() / "autostart"))
+                entries.push_back(readFileText(file.path()));
+        return entries;
+    };
+    pressKey("space"); // the first control, launch at login, has the focus
+    ASSERT_TRUE(ChildProgram::waitUntil([&] { return autostartEntries().size() == 1; }, 10)) << quilo->log();
+    EXPECT_NE(autostartEntries()[0].find(QUILO_BINARY), std::string::npos) << autostartEntries()[0];
+    pressKey("space");
+    EXPECT_TRUE(ChildProgram::waitUntil([&] { return autostartEntries().empty(); }, 10));
+}
+
 // The hot keys run their jobs whichever window has the focus: the factory
 // two, and Save as ICNS Files' once it is switched on.
 TEST_F(TrayApplication, HotKeysRunTheirJobsWhileAnotherWindowHasTheFocus)

@@ -128,15 +128,6 @@ inline QRect windowFrame(const std::string& window)
     return QRect(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
 }
 
-// A left click at a point of the screen, through the X server.
-inline void clickAt(QPoint point, int button = 1)
-{
-    const std::string x = std::to_string(point.x()), y = std::to_string(point.y());
-    const std::string command = "xdotool mousemove " + std::to_string(point.x() + 1) + " " + y + " mousemove --sync "
-        + x + " " + y + " click " + std::to_string(button);
-    ASSERT_EQ(std::system(command.c_str()), 0) << command;
-}
-
 // What the screen shows in that rectangle, kept under the test artefacts.
 inline QImage keepScreenRegion(const QRect& region, const std::string& name)
 {

@@ -1,0 +1,22 @@
+// The preferences window's tests on a real X server: one QuiloApplication on
+// it for the run, with the session's own hot-key service (key grabs on the
+// X server), and the user's settings in a folder of the run's own.
+#include "hotkeys/QuiloApplication.h"
+#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/XvfbServer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+int main(int argc, char** argv)
+{
+    ::testing::InitGoogleTest(&argc, argv);
+    quilo::test::XvfbServer server;
+    server.becomeTheDisplay();
+    quilo::test::TemporaryDirectory config;
+    ::setenv("XDG_CONFIG_HOME", config.path().c_str(), 1);
+    quilo::QuiloApplication application(argc, argv, [] { return std::unique_ptr<quilo::ApplicationDelegate>(); });
+    QApplication::setQuitOnLastWindowClosed(false);
+    return RUN_ALL_TESTS();
+}
