@@ -198,7 +198,12 @@ TEST_F(TrayApplication, PreferencesFromTheMenuSwitchLaunchAtLogin)
 
     ASSERT_TRUE(openMenu(*icon));
     pressKey("Down Down Down Down Return"); // the fourth item
+    const auto chosen = std::chrono::steady_clock::now();
     ASSERT_TRUE(ChildProgram::waitUntil([] { return windowShown("Quilo Preferences"); }, 10));
+    std::printf("preferences shown %lld ms after the menu item was chosen\n",
+                (long long)std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now()
+                                                                                 - chosen)
+                    .count());
     const std::string window = firstWindowNamed("Quilo Preferences");
     keepScreenRegion(windowFrame(window), "preferences-from-menu.png");
     ASSERT_EQ(std::system(("xdotool windowfocus --sync " + window).c_str()), 0);
