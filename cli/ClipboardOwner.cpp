@@ -4,6 +4,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMimeData>
 
 #include <cerrno>
 #include <csignal>
@@ -45,6 +46,14 @@ void report(int reportTo, char answer)
     ::close(reportTo);
 }
 
+// Qt's own idea of ownership can lag behind the display server's: after
+// another program took over, it may still say yes for good. The content it
+// hands out, though, follows the server's answer to who owns the clipboard.
+bool stillOurs(QClipboard* clipboard, const QMimeData* ours)
+{
+    return clipboard->ownsClipboard() && clipboard->mimeData() == ours;
+}
+
 // The owner's life: put the family, say whether the clipboard is ours, and
 // serve it until another program takes it.
 int serve(const IconFamily& family, int reportTo)
@@ -56,12 +65,13 @@ int serve(const IconFamily& family, int reportTo)
     QGuiApplication application(argc, argv);
     family.putOnScrap();
     QClipboard* clipboard = QGuiApplication::clipboard();
-    if (!clipboard->ownsClipboard()) {
+    const QMimeData* ours = clipboard->ownsClipboard() ? clipboard->mimeData() : nullptr;
+    if (!ours) {
         report(reportTo, kFailed);
         return 1;
     }
-    QObject::connect(clipboard, &QClipboard::changed, &application, [clipboard](QClipboard::Mode mode) {
-        if (mode == QClipboard::Clipboard && !clipboard->ownsClipboard())
+    QObject::connect(clipboard, &QClipboard::changed, &application, [clipboard, ours](QClipboard::Mode mode) {
+        if (mode == QClipboard::Clipboard && !stillOurs(clipboard, ours))
             QCoreApplication::quit();
     });
     report(reportTo, kOwns);
