@@ -47,7 +47,7 @@ bool haveDisplay(const char* command)
 {
     if (displayAvailable())
         return true;
-    std::fprintf(stderr, "quilo %s: no display, and so no clipboard\n", command);
+    std::fprintf(stderr, "quilo %s: no display that answers, and so no clipboard\n", command);
     return false;
 }
 

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,13 +23,16 @@ constexpr char kFailed = '0';
 constexpr int kConfirmTimeoutMs = 30'000;
 
 // Nothing of the command's own stays open in the owner: a caller reading the
-// command's output to its end must not wait for the owner too.
+// command's output to its end must not wait for the owner too, nor find its
+// working folder busy. Qt aborts when the display cannot be opened; that
+// leaves no core file behind.
 void detach(int reportTo)
 {
     ::setsid();
     if (::chdir("/") != 0) {
-        // the working folder stays held: harmless
-    }
+    } // still in the working folder: no worse than before
+    const rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
     const int nothing = ::open("/dev/null", O_RDWR);
     for (int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         ::dup2(nothing, standard);
