@@ -8,6 +8,7 @@
 #include "app/QuiloMain.h"
 #include "iconfamily/IcnsContainer.h"
 #include "iconfamily/IconFamily.h"
+#include "platform/linux/DisplayServer.h"
 
 #include <QGuiApplication>
 
@@ -45,7 +46,7 @@ bool exists(const char* command, const std::string& path)
 
 bool haveDisplay(const char* command)
 {
-    if (displayAvailable())
+    if (displayAvailable() && displayServerAnswers())
         return true;
     std::fprintf(stderr, "quilo %s: no display that answers, and so no clipboard\n", command);
     return false;
