@@ -33,6 +33,8 @@ const Command& icnsCommand();
 const Command& setIconCommand();
 const Command& removeIconCommand();
 const Command& getIconCommand();
+const Command& copyIconCommand();
+const Command& pasteIconCommand();
 const Command& createThumbnailsCommand();
 const Command& restoreThumbnailsCommand();
 const Command& saveAsIcnsCommand();

@@ -14,8 +14,9 @@ std::vector<const Command*> commands()
 {
     using namespace quilo::cli;
     return {&icnsCommand(), &infoCommand(), &extractCommand(), &setIconCommand(), &removeIconCommand(),
-            &getIconCommand(), &createThumbnailsCommand(), &restoreThumbnailsCommand(), &saveAsIcnsCommand(),
-            &requestCommand(), &installFileManagerActionsCommand(), &uninstallFileManagerActionsCommand()};
+            &getIconCommand(), &copyIconCommand(), &pasteIconCommand(), &createThumbnailsCommand(),
+            &restoreThumbnailsCommand(), &saveAsIcnsCommand(), &requestCommand(),
+            &installFileManagerActionsCommand(), &uninstallFileManagerActionsCommand()};
 }
 
 void printOverview(std::FILE* to)

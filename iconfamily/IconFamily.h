@@ -75,6 +75,15 @@ public:
     // null when it has none.
     static std::unique_ptr<IconFamily> iconFamilyWithIconOfFile(const std::filesystem::path& path);
 
+    // The family on the clipboard, as the one flavour 'icns'. Reading a
+    // clipboard without that flavour gives an empty family; putting clears
+    // every other flavour first and always answers true.
+    struct WithScrap {};
+    explicit IconFamily(WithScrap);
+    static bool canInitWithScrap();
+    static std::unique_ptr<IconFamily> iconFamilyWithScrap();
+    bool putOnScrap() const;
+
     // Copies the element of that type into a new resource of the current
     // resource file. False, adding nothing, when the family lacks it.
     bool addResourceType(OSType type, std::int16_t asResID) const;
