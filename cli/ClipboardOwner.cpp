@@ -29,8 +29,8 @@ constexpr int kConfirmTimeoutMs = 30'000;
 void detach(int reportTo)
 {
     ::setsid();
-    if (::chdir("/") != 0) {
-    } // still in the working folder: no worse than before
+    // Failing to move leaves it in the working folder: no worse than before.
+    [[maybe_unused]] const int moved = ::chdir("/");
     const rlimit noCore{0, 0};
     ::setrlimit(RLIMIT_CORE, &noCore);
     const int nothing = ::open("/dev/null", O_RDWR);
