@@ -144,11 +144,6 @@ TEST_F(IconClipboardCommands, NothingToCopyOrPasteFailsClearlyAndChangesNothing)
     EXPECT_EQ(damaged.status, 1);
     EXPECT_TRUE(contains(damaged, "empty or damaged")) << damaged.output;
     EXPECT_EQ(directoryListing(folder_.path()), before);
-
-    const Outcome noDisplayToCopyTo = withoutDisplay("copy-icon " + quoted(kSamples / "pillow.icns"), "");
-    EXPECT_EQ(noDisplayToCopyTo.status, 1);
-    EXPECT_TRUE(contains(noDisplayToCopyTo, "no display")) << noDisplayToCopyTo.output;
-    EXPECT_TRUE(clipboardOwners().empty());
 }
 
 } // namespace

@@ -91,18 +91,14 @@ private:
         const auto options = qdbus_cast<QVariantMap>(message.arguments().at(0));
         const QString request = objectPathFor("request", message, options, "handle_token");
         const QString session = objectPathFor("session", message, options, "session_handle_token");
-        Answer answer;
         {
             QMutexLocker lock(&portal_.mutex_);
             portal_.record_.sessionRequests.push_back(options);
-            answer = portal_.sessionAnswer_;
-            if (answer == Answer::Grant) {
-                portal_.record_.openedSessions.append(session);
-                portal_.client_ = message.service();
-            }
+            portal_.record_.openedSessions.append(session);
+            portal_.client_ = message.service();
         }
         connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-        respond(connection, message.service(), request, answer, {{"session_handle", session}});
+        respond(connection, message.service(), request, Answer::Grant, {{"session_handle", session}});
     }
 
     void bindShortcuts(const QDBusMessage& message, const QDBusConnection& connection)
@@ -188,12 +184,6 @@ FakeGlobalShortcutsPortal::~FakeGlobalShortcutsPortal()
     QDBusConnection::disconnectFromBus(connection_.name());
     thread_.quit();
     thread_.wait();
-}
-
-void FakeGlobalShortcutsPortal::setSessionAnswer(Answer answer)
-{
-    QMutexLocker lock(&mutex_);
-    sessionAnswer_ = answer;
 }
 
 void FakeGlobalShortcutsPortal::setBindAnswer(Answer answer)

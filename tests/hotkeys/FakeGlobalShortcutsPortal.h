@@ -46,7 +46,6 @@ public:
     FakeGlobalShortcutsPortal(const FakeGlobalShortcutsPortal&) = delete;
     FakeGlobalShortcutsPortal& operator=(const FakeGlobalShortcutsPortal&) = delete;
 
-    void setSessionAnswer(Answer answer);
     void setBindAnswer(Answer answer);
     // Another program has this trigger: shortcuts asking for it stay without one.
     void holdTrigger(const QString& trigger);
@@ -69,7 +68,6 @@ private:
     Service* service_;
 
     mutable QMutex mutex_;
-    Answer sessionAnswer_ = Answer::Grant;
     Answer bindAnswer_ = Answer::Grant;
     QSet<QString> heldTriggers_;
     Record record_;

@@ -103,18 +103,6 @@ TEST_F(HotKeyCenterTest, NamesAreBoundOnceAndRemovingUnregisters)
     EXPECT_EQ(center_->keyComboForName("Restore Thumbnails"), std::nullopt);
 }
 
-TEST_F(HotKeyCenterTest, AnInvalidCombinationIsKeptButNeverRegistered)
-{
-    EXPECT_TRUE(add("None", KeyCombo::clearKeyCombo()));
-    EXPECT_TRUE(add("No key", KeyCombo(-1, cmdKey)));
-    center_->setEnabled(true);
-    EXPECT_TRUE(live().empty());
-    EXPECT_EQ(center_->allNames(), (QStringList{"No key", "None"}));
-    EXPECT_EQ(center_->keyComboForName("None"), KeyCombo::clearKeyCombo());
-    center_->removeHotKey("None");
-    EXPECT_TRUE(registrar_->unregistered.empty());
-}
-
 TEST_F(HotKeyCenterTest, ARefusedKeyStaysAndIsTriedAgainWhenEnabling)
 {
     registrar_->refusedCombinations.insert({17, cmdKey + shiftKey});
@@ -145,23 +133,6 @@ TEST_F(HotKeyCenterTest, TurningOffAndOnAgainLeavesKeysSilent)
     ASSERT_EQ(live().size(), 1u) << "only the key never registered comes back";
     EXPECT_EQ(live()[0].keyCode, 17);
     EXPECT_EQ(live()[0].modifiers, cmdKey + optionKey + shiftKey);
-}
-
-TEST_F(HotKeyCenterTest, OnlyTheLowSixteenBitsOfTheModifiersAreRegistered)
-{
-    add("Wide", KeyCombo(17, 0x10000 + cmdKey));
-    add("Sign", KeyCombo(17, 0x8000 + cmdKey));
-    ASSERT_EQ(live().size(), 2u);
-    EXPECT_EQ(live()[0].modifiers, cmdKey);
-    EXPECT_EQ(live()[1].modifiers, std::int32_t(0xFFFF8100)) << "sign-extended from 16 bits";
-}
-
-TEST_F(HotKeyCenterTest, AnActionMayRemoveItsOwnHotKey)
-{
-    center_->addHotKey("Once", kCommandShiftT, &receiver_, [](HotKeyCenter& sender) { sender.removeHotKey("Once"); });
-    press(lastRef());
-    EXPECT_TRUE(center_->allNames().isEmpty());
-    EXPECT_EQ(registrar_->unregistered.size(), 1u);
 }
 
 void expectAssertion(const std::function<void()>& call, const std::string& description, int lineNumber)

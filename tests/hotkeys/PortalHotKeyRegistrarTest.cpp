@@ -152,19 +152,6 @@ TEST_F(PortalHotKeyRegistrarTest, RefusedBindingsGiveZeroAndALineSayingWhy)
     EXPECT_EQ(portal_.record().sessionRequests.size(), 1u);
 }
 
-TEST_F(PortalHotKeyRegistrarTest, ARefusedSessionGivesZeroAndIsAskedForAgain)
-{
-    portal_.setSessionAnswer(Answer::Cancel);
-    EXPECT_EQ(registerT(cmdKey + shiftKey), 0u);
-    EXPECT_TRUE(portal_.record().bindings.empty());
-    EXPECT_EQ(log_.lines(), std::vector<std::string>({"Hot key LOGO+SHIFT+t refused: opening a global-shortcuts "
-                                                      "session with the desktop portal was cancelled"}));
-
-    portal_.setSessionAnswer(Answer::Grant);
-    EXPECT_NE(registerT(cmdKey + shiftKey), 0u);
-    EXPECT_EQ(portal_.record().sessionRequests.size(), 2u);
-}
-
 TEST_F(PortalHotKeyRegistrarTest, CombinationsItCannotBindAreRefusedWithoutAsking)
 {
     EXPECT_EQ(registrar_->registerEventHotKey(56, cmdKey, {}), 0u) << "the Shift key itself";
@@ -201,17 +188,6 @@ TEST_F(PortalHotKeyRegistrarTest, ActivationsBecomePressesAndReleasesOfTheirHotK
     EXPECT_EQ(events_[1].ref, restore);
     EXPECT_EQ(events_[1].id.id, 2u);
     EXPECT_EQ(events_[1].transition, HotKeyTransition::Released);
-}
-
-TEST_F(PortalHotKeyRegistrarTest, ActivationsOfOtherSessionsAndUnknownShortcutsAreIgnored)
-{
-    const EventHotKeyRef create = registerT(cmdKey + shiftKey);
-    portal_.activate("/org/freedesktop/portal/desktop/session/1_99/other", shortcutId(0));
-    portal_.activate(session(), "hotkey-LOGO+z");
-    portal_.deactivate(session(), shortcutId(0));
-    ASSERT_TRUE(processEventsUntilARelease());
-    ASSERT_EQ(events_.size(), 1u);
-    EXPECT_EQ(events_[0].ref, create);
 }
 
 TEST_F(PortalHotKeyRegistrarTest, UnregisteredHotKeysGoQuietAndTheLastOneClosesTheSession)
@@ -261,13 +237,6 @@ TEST_F(PortalHotKeyRegistrarTest, AfterThePortalEndsTheSessionTheNextRegistratio
     ASSERT_TRUE(processEventsUntilARelease());
     ASSERT_EQ(events_.size(), 1u);
     EXPECT_EQ(events_[0].ref, create);
-}
-
-TEST_F(PortalHotKeyRegistrarTest, TheRegistrarClosesItsSessionWhenItGoes)
-{
-    registerT(cmdKey + shiftKey);
-    registrar_.reset();
-    EXPECT_TRUE(processEventsUntil([&] { return portal_.record().closedSessions == QStringList({session(0)}); }));
 }
 
 TEST(PortalHotKeyRegistrarAvailabilityTest, AvailableOnlyWithAPortalOnTheBus)

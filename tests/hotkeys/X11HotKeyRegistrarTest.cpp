@@ -1,6 +1,6 @@
 // Hot keys grabbed on a real X server and pressed through it (xdotool's
 // XTEST input), with other programs on the same server.
-#include "HotKeysLib/HotKeyCenter.h"
+#include "HotKeysLib/KeyCombo.h"
 #include "platform/linux/X11HotKeyRegistrar.h"
 #include "platform/linux/X11ModifierMasks.h"
 #include "tests/hotkeys/OtherXPrograms.h"
@@ -179,38 +179,6 @@ TEST_F(X11HotKeys, AnUnregisteredKeyIsSilentAndFreeForOthers)
     EXPECT_TRUE(events_.empty());
     OtherXClient other;
     EXPECT_TRUE(other.grabKey(kXT, kSuperShift | XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2));
-}
-
-// The last registrar takes the table and its event filter along, giving
-// its keys back; the next one starts them anew.
-TEST(X11HotKeyRegistrar, KeysWorkAgainAfterEveryRegistrarWasGone)
-{
-    for (int round = 0; round < 2; ++round) {
-        X11HotKeyRegistrar registrar;
-        int presses = 0;
-        registrar.setEventHandler([&](const HotKeyEvent& event) {
-            presses += event.transition == HotKeyTransition::Pressed;
-        });
-        ASSERT_NE(registrar.registerEventHotKey(kMacT, cmdKey + shiftKey, kId), 0u) << round;
-        xdotool("key super+shift+t");
-        EXPECT_TRUE(serveEventsUntil([&] { return presses == 1; })) << round;
-    }
-    OtherXClient other;
-    EXPECT_TRUE(other.grabKey(kXT, kSuperShift));
-}
-
-// The shared centre stands on the session's registrar: X11 here.
-TEST(HotKeyCenterOnX, TheSharedCentreSendsTheActionOfAKeyPressedOnTheServer)
-{
-    HotKeyCenter& center = HotKeyCenter::sharedCenter();
-    int presses = 0;
-    ASSERT_TRUE(center.addHotKey("Create Thumbnails", KeyCombo(kMacT, cmdKey + shiftKey), &presses,
-                                 [&](HotKeyCenter& sender) { presses += &sender == &center; }));
-    xdotool("key super+shift+t");
-    EXPECT_TRUE(serveEventsUntil([&] { return presses == 1; }));
-    center.removeHotKey("Create Thumbnails");
-    OtherXClient other;
-    EXPECT_TRUE(other.grabKey(kXT, kSuperShift)) << "removing gives the key back";
 }
 
 TEST_F(X11HotKeys, KeysWithoutAnXKeycodeAreRefused)

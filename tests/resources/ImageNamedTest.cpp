@@ -32,20 +32,6 @@ QImage comparable(const QImage& image)
     return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
-QList<QSize> sizesOf(const std::vector<QImage>& images)
-{
-    QList<QSize> sizes;
-    for (const QImage& image : images)
-        sizes.append(image.size());
-    return sizes;
-}
-
-bool isOpaquePink(QRgb pixel)
-{
-    return qAlpha(pixel) == 255 && qRed(pixel) > 200 && qRed(pixel) - qGreen(pixel) > 40
-           && qBlue(pixel) > qGreen(pixel);
-}
-
 std::string text(const QString& string)
 {
     return string.toStdString();
@@ -56,23 +42,6 @@ TEST(ImageNamed, EveryShippedImageLoads)
     for (const QString& name : preferenceImages + QStringList{trayPig, "quilo"})
         EXPECT_FALSE(imageNamed(name).isNull()) << text(name);
     EXPECT_EQ(imageNamed("quilo").availableSizes(), QList<QSize>{QSize(256, 256)});
-}
-
-// Straight from the file: six pages, smallest first, each with a see-through
-// background around an opaque pink pig.
-TEST(ImageNamed, TrayPigHasEverySizeAsAPageOfItsOwn)
-{
-    const auto pages = pagesOf(":/images/" + trayPig);
-    ASSERT_EQ(sizesOf(pages), traySizes);
-    for (const QImage& page : pages) {
-        const int last = page.width() - 1;
-        SCOPED_TRACE(last + 1);
-        EXPECT_EQ(page.depth(), 32);
-        EXPECT_TRUE(page.hasAlphaChannel());
-        for (const QPoint corner : {QPoint(0, 0), QPoint(last, 0), QPoint(0, last), QPoint(last, last)})
-            EXPECT_EQ(qAlpha(page.pixel(corner)), 0);
-        EXPECT_TRUE(isOpaquePink(page.pixel(page.width() / 2, page.height() / 2)));
-    }
 }
 
 // The drawn sizes reach the tray as drawn: asked for one of them, the icon
