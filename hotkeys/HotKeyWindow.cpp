@@ -1,6 +1,7 @@
 #include "hotkeys/HotKeyWindow.h"
 
 #include "HotKeysLib/KeyBroadcaster.h"
+#include "foundation/CenterWindow.h"
 #include "foundation/LocalizedStrings.h"
 #include "foundation/Log.h"
 #include "foundation/NotificationCenter.h"
@@ -11,7 +12,6 @@
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
 #include <QUiLoader>
 #include <QVBoxLayout>
 
@@ -100,8 +100,7 @@ void HotKeyWindow::awakeFromNib()
 
 int HotKeyWindow::runModal()
 {
-    if (const QScreen* screen = QGuiApplication::primaryScreen())
-        move(screen->availableGeometry().center() - rect().center());
+    centerWindow(*this);
     setWindowModality(Qt::ApplicationModal);
     raise();
     const int result = exec();

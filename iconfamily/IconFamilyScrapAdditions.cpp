@@ -19,10 +19,8 @@ bool IconFamily::canInitWithScrap()
 
 IconFamily::IconFamily(WithScrap)
 {
-    Scrap& scrap = currentScrap();
-    std::size_t size = 0;
-    scrap.flavorSize(kIconFamilyType, size); // a missing flavour leaves 0: an empty block
-    if (size > 0 && scrap.flavorData(kIconFamilyType, hIconFamily_) != noErr)
+    // A missing flavour leaves the block empty.
+    if (currentScrap().flavorData(kIconFamilyType, hIconFamily_) != noErr)
         hIconFamily_.clear();
 }
 

@@ -32,8 +32,9 @@ public:
     virtual OSErr clear() = 0;
     // Every flavour the clipboard holds now, each type once.
     virtual std::vector<ScrapFlavorInfo> flavorInfoList() = 0;
-    // noTypeErr, leaving `size` alone, when the flavour is missing.
-    virtual OSErr flavorSize(ScrapFlavorType flavorType, std::size_t& size) = 0;
+    // The flavour's bytes; noTypeErr, leaving `data` alone, when it is missing.
+    // No separate size query: a clipboard owned by another program hands its
+    // content over whole, so asking the size first would move it twice.
     virtual OSErr flavorData(ScrapFlavorType flavorType, std::vector<std::uint8_t>& data) = 0;
     // Adds the flavour to what was put since the last clear, replacing one of
     // the same type.

@@ -2,10 +2,10 @@
 
 #include "ui_CreatingThumbnailsWindow.h"
 
+#include "foundation/CenterWindow.h"
+
 #include <QCloseEvent>
-#include <QGuiApplication>
 #include <QPixmap>
-#include <QScreen>
 
 #include <cmath>
 
@@ -55,12 +55,7 @@ void CreatingThumbnailsWindow::setProgressValue(double value)
 void CreatingThumbnailsWindow::center()
 {
     adjustSize();
-    const QScreen* screen = QGuiApplication::primaryScreen();
-    if (!screen)
-        return;
-    QRect frame = frameGeometry();
-    frame.moveCenter(screen->availableGeometry().center());
-    move(frame.topLeft());
+    centerWindow(*this);
 }
 
 // The window stays until the job has finished the file in hand.

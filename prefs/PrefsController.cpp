@@ -2,6 +2,7 @@
 
 #include "ui_PrefsWindow.h"
 
+#include "foundation/CenterWindow.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
 #include "hotkeys/HotKeyWindow.h"
@@ -14,7 +15,6 @@
 #include "resources/ImageNamed.h"
 
 #include <QActionGroup>
-#include <QScreen>
 #include <QToolBar>
 
 namespace quilo {
@@ -93,8 +93,7 @@ void PrefsController::windowDidLoad()
     setupToolbar();
     readLoginItem();
     ui_->launchAtLoginCheckbox->setFocus();
-    if (const QScreen* screen = window_->screen())
-        window_->move(screen->availableGeometry().center() - window_->rect().center());
+    centerWindow(*window_);
 }
 
 // Qt's toolbars have no customisation palette; the delegate's empty allowed

@@ -59,15 +59,6 @@ OSErr ClipboardScrap::readFlavor(ScrapFlavorType flavorType, QByteArray& bytes)
     return noTypeErr;
 }
 
-OSErr ClipboardScrap::flavorSize(ScrapFlavorType flavorType, std::size_t& size)
-{
-    QByteArray bytes;
-    const OSErr error = readFlavor(flavorType, bytes);
-    if (error == noErr)
-        size = std::size_t(bytes.size());
-    return error;
-}
-
 OSErr ClipboardScrap::flavorData(ScrapFlavorType flavorType, std::vector<std::uint8_t>& data)
 {
     QByteArray bytes;

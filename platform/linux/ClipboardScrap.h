@@ -20,7 +20,6 @@ class ClipboardScrap final : public Scrap {
 public:
     OSErr clear() override;
     std::vector<ScrapFlavorInfo> flavorInfoList() override;
-    OSErr flavorSize(ScrapFlavorType flavorType, std::size_t& size) override;
     OSErr flavorData(ScrapFlavorType flavorType, std::vector<std::uint8_t>& data) override;
     OSErr putFlavor(ScrapFlavorType flavorType, ScrapFlavorFlags flavorFlags,
                     std::span<const std::uint8_t> data) override;
