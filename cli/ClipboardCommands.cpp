@@ -111,15 +111,7 @@ int pasteIcon(const Arguments& arguments)
     const auto family = familyOnClipboard();
     if (!family)
         return kExitFailure;
-    std::error_code ignored;
-    const bool set = std::filesystem::is_directory(path, ignored) ? family->setAsCustomIconForDirectory(path)
-                                                                  : family->setAsCustomIconForFile(path);
-    if (!set) {
-        std::fprintf(stderr, "quilo paste-icon: %s: %s\n", displayPath(path).c_str(),
-                     displayPath(explainCustomIconFailure(path)).c_str());
-        return kExitFailure;
-    }
-    return kExitSuccess;
+    return setCustomIcon("paste-icon", *family, path);
 }
 
 } // namespace

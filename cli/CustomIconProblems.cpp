@@ -1,9 +1,12 @@
 #include "cli/CustomIconProblems.h"
 
+#include "cli/Command.h"
+
 #include "iconfamily/ForkStore.h"
 #include "iconfamily/IconFamily.h"
 #include "iconfamily/ResourceFork.h"
 
+#include <cstdio>
 #include <unistd.h>
 
 namespace quilo::cli {
@@ -42,6 +45,20 @@ std::string explainCustomIconFailure(const std::filesystem::path& path)
     if (problem.empty() && std::filesystem::is_directory(target, error))
         problem = problemWith(customIconFileOfFolder(target));
     return problem.empty() ? "the custom icon could not be changed" : problem;
+}
+
+int setCustomIcon(const char* command, const IconFamily& family, const std::filesystem::path& path,
+                  bool withCompatibility)
+{
+    std::error_code ignored;
+    const bool set = std::filesystem::is_directory(path, ignored)
+                       ? family.setAsCustomIconForDirectory(path, withCompatibility)
+                       : family.setAsCustomIconForFile(path, withCompatibility);
+    if (set)
+        return kExitSuccess;
+    std::fprintf(stderr, "quilo %s: %s: %s\n", command, displayPath(path).c_str(),
+                 displayPath(explainCustomIconFailure(path)).c_str());
+    return kExitFailure;
 }
 
 } // namespace quilo::cli

@@ -50,17 +50,7 @@ int run(const Arguments& arguments)
         std::fprintf(stderr, "quilo set-icon: %s: %s\n", icon.c_str(), error.c_str());
         return kExitFailure;
     }
-    std::error_code ignored;
-    const bool compatibility = arguments.flag("compatibility");
-    const bool set = std::filesystem::is_directory(path, ignored)
-                       ? family->setAsCustomIconForDirectory(path, compatibility)
-                       : family->setAsCustomIconForFile(path, compatibility);
-    if (!set) {
-        std::fprintf(stderr, "quilo set-icon: %s: %s\n", displayPath(path).c_str(),
-                     displayPath(explainCustomIconFailure(path)).c_str());
-        return kExitFailure;
-    }
-    return kExitSuccess;
+    return setCustomIcon("set-icon", *family, path, arguments.flag("compatibility"));
 }
 
 } // namespace
