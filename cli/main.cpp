@@ -1,5 +1,6 @@
 #include "app/QuiloMain.h"
 #include "cli/Command.h"
+#include "foundation/QuiloKeys.h"
 
 #include <cstdio>
 #include <cstring>
@@ -22,7 +23,8 @@ std::vector<const Command*> commands()
 void printOverview(std::FILE* to)
 {
     std::fprintf(to, "Usage: quilo              (the tray application)\n"
-                     "       quilo COMMAND [ARGUMENTS]\n\nCommands:\n");
+                     "       quilo COMMAND [ARGUMENTS]\n"
+                     "       quilo --version\n\nCommands:\n");
     for (const Command* command : commands()) {
         // A name too long for the column has its summary on the next line.
         const char* gap = std::strlen(command->name) > 19 ? "\n                      " : " ";
@@ -67,6 +69,10 @@ int main(int argc, char** argv)
         return quilo::quiloApplicationMain(argc, argv);
     if (words[0] == "--help" || words[0] == "-h" || words[0] == "help") {
         printOverview(stdout);
+        return quilo::cli::kExitSuccess;
+    }
+    if (words[0] == "--version") {
+        std::printf("Quilo %s\n", quilo::kApplicationVersion);
         return quilo::cli::kExitSuccess;
     }
     for (const Command* command : commands())

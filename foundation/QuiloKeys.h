@@ -7,7 +7,7 @@
 namespace quilo {
 
 // The running version, as the update check compares it.
-inline constexpr char kApplicationVersion[] = "1.1";
+inline constexpr char kApplicationVersion[] = QUILO_VERSION;
 
 inline const QString RTZCheckForUpdatesAtLaunchKey = QStringLiteral("Check for updates at launch");
 inline const QString RTZMaintainImageModificationDatesKey = QStringLiteral("Maintain image modification dates");
