@@ -1,5 +1,7 @@
 #include "platform/linux/DesktopEntryText.h"
 
+#include <QRegularExpression>
+
 namespace quilo {
 namespace {
 
@@ -16,6 +18,15 @@ QChar unescaped(QChar c)
     case '\\': return '\\';
     default: return {};
     }
+}
+
+// A key as the Desktop Entry rules allow it: letters, digits and dashes, with
+// an optional [locale]. Anything else is no key a launcher reads, and written
+// back it might read as something else (a group header, say).
+bool isValidKey(const QString& key)
+{
+    static const QRegularExpression valid(QStringLiteral("^[A-Za-z0-9-]+(\\[[^\\]\\[=]+\\])?$"));
+    return valid.match(key).hasMatch();
 }
 
 bool isExecEscaped(QChar c) { return c == '"' || c == '`' || c == '$' || c == '\\'; }
@@ -51,7 +62,9 @@ DesktopKeyValues desktopEntryGroup(const QByteArray& fileText)
     DesktopKeyValues group;
     bool inGroup = false;
     for (QString line : QString::fromUtf8(fileText).split('\n')) {
-        if (line.endsWith('\r'))
+        // Carriage returns ending a line are line ends, however many: a value
+        // kept as written must not end in one, or it would not read back.
+        while (line.endsWith('\r'))
             line.chop(1);
         if (line.startsWith('[')) {
             inGroup = line.trimmed() == '[' + kDesktopEntryGroup + ']';
@@ -64,7 +77,7 @@ DesktopKeyValues desktopEntryGroup(const QByteArray& fileText)
         QString value = line.mid(equals + 1);
         while (value.startsWith(' ') || value.startsWith('\t'))
             value.remove(0, 1);
-        if (!key.isEmpty())
+        if (isValidKey(key))
             setValue(group, key, value);
     }
     return group;

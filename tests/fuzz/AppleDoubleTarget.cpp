@@ -1,4 +1,6 @@
-#include "tests/fuzz/AppleDoubleTarget.h"
+// Parses the input as an AppleDouble sidecar and, when they parse, writes them back, edits
+// them and reads them again.
+#include "tests/fuzz/FuzzTarget.h"
 
 #include "tests/fuzz/FuzzCheck.h"
 #include "iconfamily/AppleDouble.h"
@@ -27,7 +29,7 @@ void expectAttributeAreaKept(const AppleDoubleEntry& before, const AppleDoubleEn
 
 } // namespace
 
-void readAppleDoubleBytes(std::span<const std::uint8_t> bytes)
+void fuzzInput(std::span<const std::uint8_t> bytes)
 {
     const auto sidecar = AppleDouble::parse(bytes);
     if (!sidecar)

@@ -1,4 +1,6 @@
-#include "tests/fuzz/InstanceRequestTarget.h"
+// Reads the input as a peer's message to the running instance, and as a stream
+// of frames each holding one.
+#include "tests/fuzz/FuzzTarget.h"
 
 #include "app/InstanceFrames.h"
 #include "app/InstanceRequest.h"
@@ -29,7 +31,7 @@ void readRequest(QByteArrayView payload)
 
 } // namespace
 
-void readInstanceBytes(std::span<const std::uint8_t> bytes)
+void fuzzInput(std::span<const std::uint8_t> bytes)
 {
     const QByteArray data(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()));
     readRequest(data);

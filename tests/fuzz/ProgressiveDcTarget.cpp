@@ -1,4 +1,6 @@
-#include "tests/fuzz/ProgressiveDcTarget.h"
+// Decodes the input as a progressive JPEG from its DC scans, from memory and
+// through the chunked file reader.
+#include "tests/fuzz/FuzzTarget.h"
 
 #include "tests/fuzz/FuzzCheck.h"
 #include "iconfamily/PictureLoader.h"
@@ -27,7 +29,7 @@ bool isOpaque(const BitmapImageRep& rep)
 
 } // namespace
 
-void readProgressiveDcBytes(std::span<const std::uint8_t> bytes)
+void fuzzInput(std::span<const std::uint8_t> bytes)
 {
     // 0: decode whatever the size, so small inputs reach the scans.
     const DcDecodeResult fromMemory = decodeProgressiveDc(bytes, 0);

@@ -2,12 +2,8 @@
 // keeps every input that once broke the reader (and the seed corpus) passing.
 // Arguments are files or directories of files; finding no input is an error,
 // so a mistyped path cannot pass unnoticed.
-// The target is chosen at build time; the .icns reader by default.
-#ifndef QUILO_FUZZ_TARGET_HEADER
-#define QUILO_FUZZ_TARGET_HEADER "tests/fuzz/IcnsReaderTarget.h"
-#define QUILO_FUZZ_TARGET_ENTRY readIcnsBytes
-#endif
-#include QUILO_FUZZ_TARGET_HEADER
+// The target is the library it is linked with.
+#include "tests/fuzz/FuzzTarget.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -45,7 +41,7 @@ int main(int argc, char** argv)
             const std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
             std::printf("%s (%zu bytes)\n", file.c_str(), bytes.size());
             std::fflush(stdout);
-            quilo::fuzz::QUILO_FUZZ_TARGET_ENTRY(bytes);
+            quilo::fuzz::fuzzInput(bytes);
             ++replayed;
         }
     }

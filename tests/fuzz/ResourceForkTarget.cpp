@@ -1,4 +1,6 @@
-#include "tests/fuzz/ResourceForkTarget.h"
+// Parses the input as a resource fork and, when they parse, writes them back, edits
+// them and reads them again.
+#include "tests/fuzz/FuzzTarget.h"
 
 #include "tests/fuzz/FuzzCheck.h"
 #include "iconfamily/ResourceFork.h"
@@ -14,7 +16,7 @@ void expect(bool holds, const char* promise)
 
 } // namespace
 
-void readResourceForkBytes(std::span<const std::uint8_t> bytes)
+void fuzzInput(std::span<const std::uint8_t> bytes)
 {
     const auto fork = parseResourceFork(bytes);
     if (!fork)
