@@ -6,6 +6,7 @@
 
 #include <QCloseEvent>
 #include <QPixmap>
+#include <QShortcut>
 
 #include <cmath>
 
@@ -18,6 +19,8 @@ CreatingThumbnailsWindow::CreatingThumbnailsWindow(QWidget* parent)
     ui_->setupUi(this);
     ui_->currentImageTextField->setTextInteractionFlags(Qt::NoTextInteraction);
     connect(ui_->stopButton, &QPushButton::clicked, this, &CreatingThumbnailsWindow::stopRequested);
+    // Escape is Stop, as in any dialog's Cancel.
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, ui_->stopButton, &QPushButton::click);
 }
 
 CreatingThumbnailsWindow::~CreatingThumbnailsWindow() = default;

@@ -10,6 +10,7 @@
 #include "hotkeys/HotKeysPaneController.h"
 #include "prefs/DefaultsCheckBoxes.h"
 #include "prefs/MakersWebSite.h"
+#include "prefs/PrefsKeyboard.h"
 #include "prefs/RTZLoginItemHelper.h"
 #include "prefs/RTZUpdate.h"
 #include "resources/ImageNamed.h"
@@ -91,6 +92,7 @@ void PrefsController::windowDidLoad()
     ui_->setHotKeyButton->setEnabled(hotKeyWindow_ != nullptr);
 
     setupToolbar();
+    addPrefsKeys(*window_, *toolbar_, [this](int step) { stepPane(step); });
     readLoginItem();
     ui_->launchAtLoginCheckbox->setFocus();
     centerWindow(*window_);
@@ -150,6 +152,13 @@ void PrefsController::selectToolbarItem(const QString& identifier)
     if (auto* item = toolbar_->findChild<QAction*>(identifier, Qt::FindDirectChildrenOnly))
         item->setChecked(true);
     selectTabViewItemWithIdentifier(identifier);
+}
+
+void PrefsController::stepPane(int step)
+{
+    const QStringList panes = toolbarSelectableItemIdentifiers();
+    const qsizetype shown = panes.indexOf(selectedPaneIdentifier());
+    selectToolbarItem(panes.at((shown + step + panes.size()) % panes.size()));
 }
 
 void PrefsController::activateGeneralPane() { selectTabViewItemWithIdentifier(RTZPrefsGeneralIdentifier); }

@@ -30,6 +30,7 @@ inline const QString RTZPrefsToolbar = QStringLiteral("Pref Toolbar");
 // The preferences window ("PrefsWindow.ui"): a toolbar of three panes over a
 // stack of them. General: launch at login and thumbnails for new icns files;
 // HotKeys: the hot-key pane; Update: the check at launch and a check now.
+// Every pane and the toolbar can be reached from the keyboard (PrefsKeyboard).
 // The window is made the first time it is asked for. Main thread only.
 class PrefsController final : public QObject {
     Q_OBJECT
@@ -70,6 +71,8 @@ private:
     void windowDidLoad();
     void setupToolbar();
     void selectToolbarItem(const QString& identifier);
+    // The pane `step` places on from the one shown, wrapping round.
+    void stepPane(int step);
     void selectTabViewItemWithIdentifier(const QString& identifier);
 
     UserDefaults& defaults_;
