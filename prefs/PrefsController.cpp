@@ -16,6 +16,8 @@
 #include "resources/ImageNamed.h"
 
 #include <QActionGroup>
+#include <QLabel>
+#include <QStatusBar>
 #include <QToolBar>
 
 namespace quilo {
@@ -62,6 +64,19 @@ void PrefsController::showWindow()
     shown.show();
     shown.raise();
     shown.activateWindow();
+}
+
+void PrefsController::showNotice(const QString& text)
+{
+    window();
+    if (!notice_) {
+        notice_ = new QLabel(window_.get());
+        notice_->setObjectName(QStringLiteral("notice"));
+        notice_->setWordWrap(false);
+        window_->statusBar()->addWidget(notice_, 1);
+    }
+    notice_->setText(text);
+    window_->statusBar()->setVisible(!text.isEmpty());
 }
 
 QMainWindow& PrefsController::window()

@@ -9,6 +9,7 @@
 #include <memory>
 
 class QAction;
+class QLabel;
 class QToolBar;
 
 namespace Ui {
@@ -41,6 +42,9 @@ public:
 
     // Shows the window in front of every other, with the keyboard focus.
     void showWindow();
+    // One line at the foot of the window saying something of Quilo as a whole
+    // (why its menu is missing); an empty text takes it away.
+    void showNotice(const QString& text);
     QMainWindow& window();
 
     // The toolbar's delegate.
@@ -80,6 +84,7 @@ private:
     std::unique_ptr<QMainWindow> window_;
     std::unique_ptr<Ui::PrefsWindow> ui_;
     QToolBar* toolbar_ = nullptr;
+    QLabel* notice_ = nullptr;
     std::unique_ptr<HotKeysPaneController> hotKeysPane_;
     std::unique_ptr<HotKeyWindow> hotKeyWindow_;
     QUrl updateDocumentURL_;
