@@ -79,7 +79,8 @@ void QuiloController::showStatusItem()
     if (!prefsWindow_)
         prefsWindow_ = std::make_unique<PrefsController>(defaults_, hotKeysController_);
     // Before the window is shown, so it is made wide enough for the line.
-    prefsWindow_->showNotice(localizedString(QStringLiteral("Quilo's menu is missing: no system tray is running yet.")));
+    prefsWindow_->showNotice(
+        localizedString(QStringLiteral("Quilo's menu is missing: no system tray is running yet.")));
     menuShowPrefs();
     connect(theStatusItem_.get(), &StatusItem::shown, this, [this] { prefsWindow_->showNotice({}); });
 }

@@ -1,8 +1,9 @@
 // The preferences window on a real X server, used as a person uses it:
-// controls found by their accessible names, clicked and typed at through
-// the X server, and read as a screen reader reads them (AT-SPI). The hot keys are real key grabs, so a capture shows that
-// they are let go while it runs and taken again after it. Screenshots of
-// the panes and of the capture panel go to the build's test artefacts.
+// controls found by their accessible names, clicked and typed at through the
+// X server, and read as a screen reader reads them (AT-SPI). The hot keys are
+// real key grabs, so a capture shows that they are let go while it runs and
+// taken again after it. Screenshots of the panes and of the capture panel,
+// taken from the screen, go to the build's test artefacts.
 #include "foundation/NotificationCenter.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
@@ -132,7 +133,10 @@ TEST_F(PrefsWindowOnX, TheKeyboardChangesPanesAndClosesTheWindow)
         for (int presses = 0; presses < 12 && !focused.startsWith("QToolButton"); ++presses) {
             pressKey("Tab");
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            onGui([&] { focused = QApplication::focusWidget() ? QApplication::focusWidget()->metaObject()->className() : ""; });
+            onGui([&] {
+                const QWidget* widget = QApplication::focusWidget();
+                focused = widget ? widget->metaObject()->className() : "";
+            });
         }
         ASSERT_EQ(focused, "QToolButton") << "Tab never reached the toolbar";
         pressKey("Right");

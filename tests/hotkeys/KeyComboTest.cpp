@@ -79,7 +79,8 @@ TEST_F(KeyComboTest, AGlobalHotKeyNeedsAModifierUnlessItIsAFunctionKey)
                   {122, 0, true},        {80, shiftKey, true},  {90, 0, false}, // F1, F19, F20
                   {-1, cmdKey, false},   {17, -1, false}};
     for (const auto& combo : combos)
-        EXPECT_EQ(mayBeGlobalHotKey(combo.keyCode, combo.modifiers), combo.may) << combo.keyCode << " " << combo.modifiers;
+        EXPECT_EQ(mayBeGlobalHotKey(combo.keyCode, combo.modifiers), combo.may)
+            << combo.keyCode << " " << combo.modifiers;
 }
 
 TEST_F(KeyComboTest, WithoutTheListKeysShowAsHexadecimal)

@@ -92,7 +92,8 @@ TEST_F(QuiloControllerTest, AboutSaysWhatQuiloIsItsVersionCopyrightAndWebSite)
 TEST_F(QuiloControllerTest, WithoutATrayThePreferencesSayWhyTheMenuIsMissing)
 {
     controller.showStatusItem();
-    EXPECT_TRUE(labelsOfWindow("Quilo Preferences").contains("Quilo's menu is missing: no system tray is running yet."));
+    EXPECT_TRUE(
+        labelsOfWindow("Quilo Preferences").contains("Quilo's menu is missing: no system tray is running yet."));
 }
 
 } // namespace
