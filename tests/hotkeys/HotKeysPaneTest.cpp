@@ -107,17 +107,6 @@ TEST_F(HotKeysPaneTest, ACaptureRefusesAnotherActionsCombinationAndStoresAFreeOn
     EXPECT_FALSE(panel->isVisible());
 }
 
-TEST_F(HotKeysPaneTest, CancelStoresNothingButRegistersAgain)
-{
-    const QVariantMap before = controller.hotKeysDict();
-    pane.startKeySetSheetWithKeyChanging(RTZHotKey_SaveAsICNS);
-    press(1, 0x0100);
-    panel->cancelButton();
-    EXPECT_EQ(controller.hotKeysDict(), before);
-    EXPECT_EQ(gRegistrar->registrations.size(), 2u);
-    EXPECT_FALSE(pane.hotKeyChanged());
-}
-
 TEST_F(HotKeysPaneTest, WithNoRowSelectedTheSetButtonTakesTheActionOnShow)
 {
     table->selectRow(2);
