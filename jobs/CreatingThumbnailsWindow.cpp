@@ -38,6 +38,8 @@ void CreatingThumbnailsWindow::setFileName(const QString& name)
     QLabel* field = ui_->currentImageTextField;
     field->setText(field->fontMetrics().elidedText(name, Qt::ElideMiddle, field->width()));
     field->setToolTip(name);
+    // A screen reader reads the whole name, not what fits.
+    field->setAccessibleName(name);
 }
 
 void CreatingThumbnailsWindow::setPicture(const QImage& picture)

@@ -173,6 +173,14 @@ inline int distinctColours(const QImage& image)
     return int(colours.size());
 }
 
+// This program's objects as a screen reader gets them over the session's
+// accessibility bus: "role | name | description" a line. From the user's
+// thread: the GUI thread answers.
+inline std::string screenReaderReads()
+{
+    return commandOutput(std::string(QUILO_SOURCE_DIR) + "/tests/desktop/atspi-tree.py " + std::to_string(::getpid()));
+}
+
 // What the screen shows in that rectangle, read from the root window as
 // a person sees it (ImageMagick's import): a window mapped but never painted
 // shows here as the black box it is, where a grab of the window itself may not.

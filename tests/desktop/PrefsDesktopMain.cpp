@@ -4,7 +4,7 @@
 // bus a screen reader would read it through, and the user's settings in a
 // folder of the run's own.
 #include "hotkeys/QuiloApplication.h"
-#include "tests/support/DBusDaemon.h"
+#include "tests/support/AccessibilityBus.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/support/XvfbServer.h"
 
@@ -18,13 +18,7 @@ int main(int argc, char** argv)
     quilo::test::XvfbServer server;
     server.becomeTheDisplay();
     const quilo::test::Desktop desktop(true);
-    quilo::test::DBusDaemon sessionBus;
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", sessionBus.address().c_str(), 1);
-    const quilo::test::ServerProcess accessibilityBus(
-        {"sh", "-c",
-         "(until dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress "
-         ">/dev/null 2>&1; do sleep 0.05; done; echo up >&{fd}) & exec /usr/libexec/at-spi-bus-launcher"});
-    ::setenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1", 1);
+    const quilo::test::AccessibilityBus accessibilityBus;
     quilo::test::TemporaryDirectory config;
     ::setenv("XDG_CONFIG_HOME", config.path().c_str(), 1);
     quilo::QuiloApplication application(argc, argv, [] { return std::unique_ptr<quilo::ApplicationDelegate>(); });

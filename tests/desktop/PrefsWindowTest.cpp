@@ -76,15 +76,6 @@ protected:
         });
     }
 
-    // This program's objects as a screen reader gets them over the session's
-    // accessibility bus: "role | name | description" a line. From the
-    // user's thread: the GUI thread answers.
-    static std::string screenReaderReads()
-    {
-        return commandOutput(std::string(QUILO_SOURCE_DIR) + "/tests/desktop/atspi-tree.py "
-                             + std::to_string(::getpid()));
-    }
-
     std::unique_ptr<PrefsController> prefs_;
     std::vector<QString> pressedHotKeys_;
 };

@@ -108,6 +108,9 @@ TEST_F(JobWindow, EscapeOnTheRealWindowStopsTheJobAfterTheFileInHand)
             EXPECT_FALSE(window->findChild<QLabel*>("currentImageImageView")->pixmap().isNull());
         });
         keepScreenshot(window, "progress-window.png");
+        const std::string read = screenReaderReads();
+        EXPECT_NE(read.find("label | Creating Thumbnails... | Job"), std::string::npos) << read;
+        EXPECT_NE(read.find("label | slow "), std::string::npos) << read;
         focusWindow(window);
         pressKey("Escape");
         ASSERT_TRUE(eventually([&] { return idle(); }));
