@@ -142,8 +142,8 @@ TEST_F(PrefsWindowOnX, TheKeyboardChangesPanesAndClosesTheWindow)
 
 // Restore Thumbnails gets a new hot key. Refused, each with a beep, red text
 // and OK disabled: a plain key, Return while OK is disabled, a key no
-// combination can name, Create Thumbnails' combination (which reaches the
-// panel instead of running). A screen reader reads the prompt and the
+// combination can name, another action's combination, even switched off, or
+// Create Thumbnails' (which reaches the panel instead of running). A screen reader reads the prompt and the
 // combination themselves. Return takes a free one, which is stored and
 // grabbed at once; Escape cancels the next capture. Keys arrive as Mac key
 // codes with Carbon modifiers, and go no further.
@@ -177,6 +177,7 @@ TEST_F(PrefsWindowOnX, TheCapturePanelTakesOnlyAFreeCombinationWithAModifier)
                        {"space", "Space (Needs a Modifier)"},
                        {"shift+BackSpace", "⇧ Backspace (Needs a Modifier)"},
                        {"ctrl+Print", "^ Print (Cannot Be a Hot Key)"},
+                       {"super+ctrl+t", "⌘^ T (In Use)"}, // Save as ICNS Files', switched off
                        {"super+shift+t", "⌘⇧ T (In Use)"}};
         for (const auto& key : refused) {
             pressKey(key.keys);
@@ -191,6 +192,9 @@ TEST_F(PrefsWindowOnX, TheCapturePanelTakesOnlyAFreeCombinationWithAModifier)
         EXPECT_NE(read.find("label | Press a hot key for \"Restore Thumbnails\""), std::string::npos) << read;
         EXPECT_NE(read.find("label | ⌘⇧ T (In Use)"), std::string::npos) << read;
 
+        pressKey("super+alt+shift+t");
+        EXPECT_TRUE(shows("⌘⌥⇧ T")) << "its own combination is no conflict";
+        EXPECT_TRUE(panel->okEnabled());
         pressKey("Caps_Lock super+shift+r Caps_Lock");
         EXPECT_TRUE(shows("⌘⇧ R")) << "caps lock is no modifier";
         EXPECT_TRUE(panel->okEnabled());
