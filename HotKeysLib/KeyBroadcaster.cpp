@@ -5,6 +5,7 @@
 #include "foundation/NotificationCenter.h"
 
 #include <QKeyEvent>
+#include <QKeySequence>
 
 #include <array>
 
@@ -49,6 +50,16 @@ bool isModifierKey(int key)
     }
 }
 
+// The key's own name as the keyboard labels it ("Print", "Pause", "Media
+// Play"), or its X keycode when the platform has no name for it.
+QString keyName(const QKeyEvent& event)
+{
+    const QString name = QKeySequence(event.key()).toString(QKeySequence::NativeText);
+    return name.isEmpty() || event.key() == Qt::Key_unknown
+        ? QStringLiteral("Key %1").arg(event.nativeScanCode())
+        : name;
+}
+
 } // namespace
 
 std::int32_t KeyBroadcaster::cocoaToCarbonModifiers(std::uint32_t modifierFlags)
@@ -83,11 +94,12 @@ void KeyBroadcaster::keyDown(const QKeyEvent& event)
 {
     if (isModifierKey(event.key()))
         return;
-    // A key with no Mac key code cannot be stored as a hot key.
+    const std::int32_t modifiers = cocoaToCarbonModifiers(modifierFlags(event));
     const auto keyCode = macKeyCodeForNativeKeyCode(event.nativeScanCode());
-    if (!keyCode)
-        return;
-    broadcastKeyCode(*keyCode, cocoaToCarbonModifiers(modifierFlags(event)));
+    if (keyCode)
+        broadcastKeyCode(*keyCode, modifiers);
+    else
+        broadcastKeyWithoutCode(keyName(event), modifiers);
 }
 
 bool KeyBroadcaster::performKeyEquivalent(const QKeyEvent& event)
@@ -117,6 +129,17 @@ bool KeyBroadcaster::event(QEvent* event)
     default:
         return QPushButton::event(event);
     }
+}
+
+// A key with no Mac key code cannot be stored as a hot key; it goes out as key
+// code -1 with its name, so the panel can say which key it refuses.
+void KeyBroadcaster::broadcastKeyWithoutCode(const QString& name, std::int32_t andModifiers)
+{
+    NotificationCenter::defaultCenter().postNotificationName(
+        QStringLiteral("KeyBraodcasterKeyEvent"), QVariant::fromValue(static_cast<QObject*>(this)),
+        {{QStringLiteral("KeyCode"), QVariant::fromValue(std::int16_t(-1))},
+         {QStringLiteral("Modifiers"), QVariant::fromValue(qint64(andModifiers))},
+         {QStringLiteral("KeyName"), name}});
 }
 
 void KeyBroadcaster::broadcastKeyCode(std::int16_t keyCode, std::int32_t andModifiers)

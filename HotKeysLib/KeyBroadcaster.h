@@ -9,7 +9,8 @@ namespace quilo {
 
 // The capture panel's button: while it has the focus it takes every key
 // press, shortcuts included, and posts it as "KeyBraodcasterKeyEvent" with
-// the Mac key code and Carbon modifiers. Nothing reaches the button's own
+// the Mac key code and Carbon modifiers (a key with no Mac key code as -1
+// and its "KeyName"). Nothing reaches the button's own
 // action or the window.
 class KeyBroadcaster : public QPushButton {
     Q_OBJECT
@@ -37,6 +38,7 @@ protected:
 
 private:
     void broadcastKeyCode(std::int16_t keyCode, std::int32_t andModifiers);
+    void broadcastKeyWithoutCode(const QString& name, std::int32_t andModifiers);
 
     // The press last taken as a shortcut, which then arrives as a key press too.
     quint64 takenTimestamp_ = 0;

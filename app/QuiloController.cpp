@@ -69,9 +69,20 @@ void QuiloController::createJobDriverIfNeeded()
             [this] { creatingThumbnailsWindow_->stopCreatingThumbnailsButton(); });
 }
 
+// With no tray the menu is out of reach, so the preferences come up once and
+// say why; the notice goes when a tray takes the item.
 void QuiloController::showStatusItem()
 {
     theStatusItem_ = std::make_unique<StatusItem>(imageNamed(QStringLiteral("quilopig16.tiff")), theMenu_);
+    if (!theStatusItem_->waitingForTray())
+        return;
+    if (!prefsWindow_)
+        prefsWindow_ = std::make_unique<PrefsController>(defaults_, hotKeysController_);
+    // Before the window is shown, so it is made wide enough for the line.
+    prefsWindow_->showNotice(
+        localizedString(QStringLiteral("Quilo's menu is missing: no system tray is running yet.")));
+    menuShowPrefs();
+    connect(theStatusItem_.get(), &StatusItem::shown, this, [this] { prefsWindow_->showNotice({}); });
 }
 
 bool QuiloController::validateMenuItem(const QAction*) const { return true; }
@@ -103,10 +114,8 @@ void QuiloController::startThumbActionForFiles(int kind, const QStringList& path
 
 void QuiloController::showRunning()
 {
-    const QString message = localizedString(QStringLiteral("Quilo is running: its menu is in the tray."));
-    logLine(message.toStdString());
-    if (theStatusItem_ && theStatusItem_->trayIcon())
-        theStatusItem_->trayIcon()->showMessage(QStringLiteral("Quilo"), message);
+    logLine("Quilo was started again: its preferences come to the front.");
+    menuShowPrefs();
 }
 
 // On a thread of its own: the fetch blocks.
@@ -130,9 +139,16 @@ void QuiloController::menuShowPrefs()
 
 void QuiloController::menuAboutQuilo()
 {
-    QMessageBox::about(nullptr, localizedString(QStringLiteral("About Quilo")),
-                       QStringLiteral("<h3>Quilo</h3><p>%1</p>")
-                           .arg(localizedString(QStringLiteral("Version %1")).arg(kApplicationVersion)));
+    const QString site = makersWebSite().toString();
+    QMessageBox::about(
+        nullptr, localizedString(QStringLiteral("About Quilo")),
+        QStringLiteral("<h3>Quilo</h3><p>%1</p><p>%2</p><p>%3</p><p><a href=\"%4\">%4</a></p>")
+            .arg(localizedString(QStringLiteral("Gives picture files their own pictures as icons, takes them off "
+                                                "again, and saves pictures as .icns files."))
+                     .toHtmlEscaped(),
+                 localizedString(QStringLiteral("Version %1")).arg(kApplicationVersion).toHtmlEscaped(),
+                 localizedString(QStringLiteral("Copyright © 2026 the makers of Quilo")).toHtmlEscaped(),
+                 site.toHtmlEscaped()));
 }
 
 void QuiloController::menuQuit() { QApplication::quit(); }

@@ -41,7 +41,8 @@ public:
     void startThumbActionForType(int kind);
     // A file-manager request: the job runs on the files it handed over.
     void startThumbActionForFiles(int kind, const QStringList& paths);
-    // Another start of Quilo in this session: says where Quilo is.
+    // Another start of Quilo in this session (an app-menu launcher clicked
+    // again): the preferences come to the front.
     void showRunning();
     void checkForUpdates();
 

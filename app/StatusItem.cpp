@@ -12,7 +12,7 @@ StatusItem::StatusItem(QIcon image, QMenu& menu, QObject* parent)
     , menu_(menu)
 {
     connect(&hostWatcher_, &TrayHostWatcher::hostAvailable, this, &StatusItem::show);
-    hostWatcher_.waitForHost();
+    waitingForTray_ = !hostWatcher_.waitForHost();
 }
 
 StatusItem::~StatusItem() = default;
@@ -28,6 +28,7 @@ void StatusItem::show()
             menu_.popup(QCursor::pos());
     });
     trayIcon_->show();
+    waitingForTray_ = false;
     emit shown();
 }
 

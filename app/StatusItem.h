@@ -21,6 +21,8 @@ public:
 
     // The tray icon once a tray has taken it; null while waiting for one.
     QSystemTrayIcon* trayIcon() const { return trayIcon_.get(); }
+    // No tray was there when the item was made: the menu cannot be reached yet.
+    bool waitingForTray() const { return waitingForTray_; }
 
 signals:
     void shown();
@@ -32,6 +34,7 @@ private:
     QMenu& menu_;
     TrayHostWatcher hostWatcher_;
     std::unique_ptr<QSystemTrayIcon> trayIcon_;
+    bool waitingForTray_ = false;
 };
 
 } // namespace quilo

@@ -36,11 +36,11 @@ TrayHostWatcher::TrayHostWatcher(QObject* parent)
 
 bool TrayHostWatcher::trayHostAvailable() { return statusNotifierHostRegistered() || xembedTrayPresent(); }
 
-void TrayHostWatcher::waitForHost()
+bool TrayHostWatcher::waitForHost()
 {
     if (trayHostAvailable()) {
         QMetaObject::invokeMethod(this, &TrayHostWatcher::checkAgain, Qt::QueuedConnection);
-        return;
+        return true;
     }
     logLine("No system tray yet; Quilo's item appears when one starts.");
     QDBusConnection bus = QDBusConnection::sessionBus();
@@ -50,6 +50,7 @@ void TrayHostWatcher::waitForHost()
     }
     if (QGuiApplication::platformName() == QLatin1String("xcb"))
         xembedPoll_.start();
+    return false;
 }
 
 void TrayHostWatcher::checkAgain()
@@ -73,9 +74,9 @@ bool TrayHostWatcher::statusNotifierHostRegistered()
 bool TrayHostWatcher::xembedTrayPresent()
 {
     auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    if (!x11)
+    xcb_connection_t* connection = x11 ? x11->connection() : nullptr;
+    if (!connection) // the offscreen platform answers for X11 without a connection
         return false;
-    xcb_connection_t* connection = x11->connection();
     const QByteArray name = "_NET_SYSTEM_TRAY_S" + QByteArray::number(defaultScreenNumber());
     xcb_intern_atom_reply_t* atom
         = xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 1, std::uint16_t(name.size()), name.constData()), nullptr);

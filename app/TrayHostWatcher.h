@@ -16,8 +16,9 @@ public:
     explicit TrayHostWatcher(QObject* parent = nullptr);
 
     static bool trayHostAvailable();
-    // Emits hostAvailable once, now (queued) or when a host appears.
-    void waitForHost();
+    // Emits hostAvailable once, now (queued) or when a host appears; false
+    // when there is none yet.
+    bool waitForHost();
 
 signals:
     void hostAvailable();

@@ -1,5 +1,6 @@
 #include "hotkeys/HotKeyWindow.h"
 
+#include "HotKeysLib/GlobalHotKeyRule.h"
 #include "HotKeysLib/KeyBroadcaster.h"
 #include "foundation/CenterWindow.h"
 #include "foundation/LocalizedStrings.h"
@@ -17,6 +18,11 @@
 
 namespace quilo {
 namespace {
+
+// Mac key codes of the keys that answer the panel rather than being captured.
+constexpr std::int16_t kReturnKey = 36;
+constexpr std::int16_t kEscapeKey = 53;
+constexpr std::int16_t kKeypadEnterKey = 76;
 
 QString gNibResource = QStringLiteral(":/HotKeyWindow.ui");
 
@@ -117,18 +123,34 @@ void HotKeyWindow::keyEvent(const Notification& notification)
     const KeyCombo combo = KeyCombo::keyComboWithKeyCode(keyCode, modifiers);
     logFormat("%i , %i , %s", keyCode, modifiers, combo.description().toUtf8().constData());
 
+    const bool plain = !(modifiers & (cmdKey | optionKey | controlKey));
+    if (plain && keyCode == kEscapeKey)
+        return cancelButton();
+    if (plain && (keyCode == kReturnKey || keyCode == kKeypadEnterKey) && okEnabled())
+        return okButton();
+    if (keyCode < 0) {
+        const QString name = notification.userInfo.value(QStringLiteral("KeyName")).toString();
+        return refuse(KeyCombo::stringForModifiers(modifiers) + name, QStringLiteral(" (Cannot Be a Hot Key)"));
+    }
+    if (!mayBeGlobalHotKey(keyCode, modifiers))
+        return refuse(combo.userDisplayRep(), QStringLiteral(" (Needs a Modifier)"));
+
     HotKeysController& hotKeys
         = hotKeysPaneController_ ? hotKeysPaneController_->hotKeysController() : HotKeysController::sharedInstance();
     const QString changing = hotKeysPaneController_ ? hotKeysPaneController_->keyChanging() : QString();
-    if (!hotKeys.hotKeyInUse(keyCode, modifiers, changing)) {
-        keyComboTextField_->setText(combo.userDisplayRep());
-        setKeyCombo(combo);
-        activateInterface(true);
-    } else {
-        QApplication::beep();
-        keyComboTextField_->setText(combo.userDisplayRep() + localizedString(QStringLiteral(" (In Use)")));
-        activateInterface(false);
-    }
+    if (hotKeys.hotKeyInUse(keyCode, modifiers, changing))
+        return refuse(combo.userDisplayRep(), QStringLiteral(" (In Use)"));
+    keyComboTextField_->setText(combo.userDisplayRep());
+    setKeyCombo(combo);
+    activateInterface(true);
+}
+
+// The panel's combination stays as it was, so OK cannot accept this one.
+void HotKeyWindow::refuse(const QString& shown, const QString& mark)
+{
+    QApplication::beep();
+    keyComboTextField_->setText(shown + localizedString(mark));
+    activateInterface(false);
 }
 
 void HotKeyWindow::setKeyCombo(const KeyCombo& keyCombo)

@@ -16,7 +16,9 @@ struct Notification;
 
 // The capture panel: prompts for a key press, shows the combination the
 // key broadcaster reports and refuses one another action holds (a beep,
-// " (In Use)" in red, OK disabled). Its contents come from "HotKeyWindow.ui",
+// " (In Use)" in red, OK disabled), one without Super, Alt or Control
+// (" (Needs a Modifier)") and a key no combination can name. Escape cancels
+// and Return presses OK when it is enabled; neither is ever captured. Its contents come from "HotKeyWindow.ui",
 // read when the panel is made. OK ends it with 1, Cancel with 0.
 class HotKeyWindow final : public QDialog {
     Q_OBJECT
@@ -58,6 +60,7 @@ private:
     bool loadContents();
     void awakeFromNib();
     void keyComboChanged();
+    void refuse(const QString& shown, const QString& mark);
 
     KeyCombo mKeyCombo;
     QPushButton* okButton_ = nullptr;

@@ -6,6 +6,7 @@
 
 #include <QCloseEvent>
 #include <QPixmap>
+#include <QShortcut>
 
 #include <cmath>
 
@@ -18,6 +19,8 @@ CreatingThumbnailsWindow::CreatingThumbnailsWindow(QWidget* parent)
     ui_->setupUi(this);
     ui_->currentImageTextField->setTextInteractionFlags(Qt::NoTextInteraction);
     connect(ui_->stopButton, &QPushButton::clicked, this, &CreatingThumbnailsWindow::stopRequested);
+    // Escape is Stop, as in any dialog's Cancel.
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, ui_->stopButton, &QPushButton::click);
 }
 
 CreatingThumbnailsWindow::~CreatingThumbnailsWindow() = default;
@@ -35,6 +38,8 @@ void CreatingThumbnailsWindow::setFileName(const QString& name)
     QLabel* field = ui_->currentImageTextField;
     field->setText(field->fontMetrics().elidedText(name, Qt::ElideMiddle, field->width()));
     field->setToolTip(name);
+    // A screen reader reads the whole name, not what fits.
+    field->setAccessibleName(name);
 }
 
 void CreatingThumbnailsWindow::setPicture(const QImage& picture)

@@ -1,5 +1,6 @@
 #include "jobs/WindowJobInterface.h"
 
+#include "foundation/LocalizedStrings.h"
 #include "jobs/FolderPanel.h"
 
 #include <QApplication>
@@ -25,8 +26,12 @@ QImage pictureForView(const Image* picture)
     return pixels.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
-void runAlertPanel(const QString& title, const QString& message, const QString& button)
+// The texts are keys of the string table: on Linux some say what this desktop
+// has in place of what the designed text names.
+void runAlertPanel(const QString& titleKey, const QString& messageKey, const QString& buttonKey)
 {
+    const QString title = localizedString(titleKey), message = localizedString(messageKey),
+                  button = localizedString(buttonKey);
     QMessageBox box;
     box.setObjectName("Alert");
     box.setWindowTitle(title);

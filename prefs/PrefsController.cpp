@@ -10,11 +10,14 @@
 #include "hotkeys/HotKeysPaneController.h"
 #include "prefs/DefaultsCheckBoxes.h"
 #include "prefs/MakersWebSite.h"
+#include "prefs/PrefsKeyboard.h"
 #include "prefs/RTZLoginItemHelper.h"
 #include "prefs/RTZUpdate.h"
 #include "resources/ImageNamed.h"
 
 #include <QActionGroup>
+#include <QLabel>
+#include <QStatusBar>
 #include <QToolBar>
 
 namespace quilo {
@@ -63,6 +66,19 @@ void PrefsController::showWindow()
     shown.activateWindow();
 }
 
+void PrefsController::showNotice(const QString& text)
+{
+    window();
+    if (!notice_) {
+        notice_ = new QLabel(window_.get());
+        notice_->setObjectName(QStringLiteral("notice"));
+        notice_->setWordWrap(false);
+        window_->statusBar()->addWidget(notice_, 1);
+    }
+    notice_->setText(text);
+    window_->statusBar()->setVisible(!text.isEmpty());
+}
+
 QMainWindow& PrefsController::window()
 {
     if (!window_) {
@@ -91,6 +107,7 @@ void PrefsController::windowDidLoad()
     ui_->setHotKeyButton->setEnabled(hotKeyWindow_ != nullptr);
 
     setupToolbar();
+    addPrefsKeys(*window_, *toolbar_, [this](int step) { stepPane(step); });
     readLoginItem();
     ui_->launchAtLoginCheckbox->setFocus();
     centerWindow(*window_);
@@ -150,6 +167,13 @@ void PrefsController::selectToolbarItem(const QString& identifier)
     if (auto* item = toolbar_->findChild<QAction*>(identifier, Qt::FindDirectChildrenOnly))
         item->setChecked(true);
     selectTabViewItemWithIdentifier(identifier);
+}
+
+void PrefsController::stepPane(int step)
+{
+    const QStringList panes = toolbarSelectableItemIdentifiers();
+    const qsizetype shown = panes.indexOf(selectedPaneIdentifier());
+    selectToolbarItem(panes.at((shown + step + panes.size()) % panes.size()));
 }
 
 void PrefsController::activateGeneralPane() { selectTabViewItemWithIdentifier(RTZPrefsGeneralIdentifier); }

@@ -9,6 +9,7 @@
 #include <memory>
 
 class QAction;
+class QLabel;
 class QToolBar;
 
 namespace Ui {
@@ -30,6 +31,7 @@ inline const QString RTZPrefsToolbar = QStringLiteral("Pref Toolbar");
 // The preferences window ("PrefsWindow.ui"): a toolbar of three panes over a
 // stack of them. General: launch at login and thumbnails for new icns files;
 // HotKeys: the hot-key pane; Update: the check at launch and a check now.
+// Every pane and the toolbar can be reached from the keyboard (PrefsKeyboard).
 // The window is made the first time it is asked for. Main thread only.
 class PrefsController final : public QObject {
     Q_OBJECT
@@ -40,6 +42,9 @@ public:
 
     // Shows the window in front of every other, with the keyboard focus.
     void showWindow();
+    // One line at the foot of the window saying something of Quilo as a whole
+    // (why its menu is missing); an empty text takes it away.
+    void showNotice(const QString& text);
     QMainWindow& window();
 
     // The toolbar's delegate.
@@ -70,6 +75,8 @@ private:
     void windowDidLoad();
     void setupToolbar();
     void selectToolbarItem(const QString& identifier);
+    // The pane `step` places on from the one shown, wrapping round.
+    void stepPane(int step);
     void selectTabViewItemWithIdentifier(const QString& identifier);
 
     UserDefaults& defaults_;
@@ -77,6 +84,7 @@ private:
     std::unique_ptr<QMainWindow> window_;
     std::unique_ptr<Ui::PrefsWindow> ui_;
     QToolBar* toolbar_ = nullptr;
+    QLabel* notice_ = nullptr;
     std::unique_ptr<HotKeysPaneController> hotKeysPane_;
     std::unique_ptr<HotKeyWindow> hotKeyWindow_;
     QUrl updateDocumentURL_;

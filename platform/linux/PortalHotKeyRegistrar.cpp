@@ -1,5 +1,6 @@
 #include "platform/linux/PortalHotKeyRegistrar.h"
 
+#include "HotKeysLib/GlobalHotKeyRule.h"
 #include "foundation/Log.h"
 #include "platform/linux/PortalTriggers.h"
 
@@ -65,6 +66,8 @@ bool PortalHotKeyRegistrar::isAvailable(const QDBusConnection& bus, std::chrono:
 EventHotKeyRef PortalHotKeyRegistrar::registerEventHotKey(std::int32_t keyCode, std::int32_t modifiers,
                                                           EventHotKeyID id)
 {
+    if (refusedAsPlainKey(keyCode, modifiers))
+        return 0;
     const std::optional<QString> trigger = portalTriggerForCombination(keyCode, modifiers);
     if (!trigger) {
         logFormat("Hot key refused: key code %d with modifiers 0x%X is no combination the desktop portal can name",

@@ -1,5 +1,6 @@
 #include "platform/linux/X11HotKeyRegistrar.h"
 
+#include "HotKeysLib/GlobalHotKeyRule.h"
 #include "platform/linux/X11KeyGrabs.h"
 
 namespace quilo {
@@ -14,6 +15,8 @@ X11HotKeyRegistrar::~X11HotKeyRegistrar()
 
 EventHotKeyRef X11HotKeyRegistrar::registerEventHotKey(std::int32_t keyCode, std::int32_t modifiers, EventHotKeyID id)
 {
+    if (refusedAsPlainKey(keyCode, modifiers))
+        return 0;
     return mGrabs ? mGrabs->grab(*this, keyCode, modifiers, id) : 0;
 }
 

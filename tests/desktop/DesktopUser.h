@@ -21,6 +21,8 @@
 #include <string>
 #include <thread>
 
+#include <unistd.h>
+
 namespace quilo::test {
 
 // Runs `call` on the GUI thread and waits for it.
@@ -171,27 +173,63 @@ inline int distinctColours(const QImage& image)
     return int(colours.size());
 }
 
-// What `grab` takes from the X server, kept under the build's test artefacts
-// once it is painted (a loaded machine maps a window some time before it
-// draws it).
-inline QImage keepPainted(const std::function<QImage()>& grab, const std::string& name)
+// This program's objects as a screen reader gets them over the session's
+// accessibility bus: "role | name | description" a line. From the user's
+// thread: the GUI thread answers.
+inline std::string screenReaderReads()
+{
+    return commandOutput(std::string(QUILO_SOURCE_DIR) + "/tests/desktop/atspi-tree.py " + std::to_string(::getpid()));
+}
+
+// What the screen shows in that rectangle, read from the root window as
+// a person sees it (ImageMagick's import): a window mapped but never painted
+// shows here as the black box it is, where a grab of the window itself may not.
+inline QImage screenRegion(const QRect& region)
+{
+    const std::filesystem::path file
+        = std::filesystem::temp_directory_path() / ("quilo-screen-" + std::to_string(::getpid()) + ".png");
+    const std::string command = "import -window root -crop " + std::to_string(region.width()) + "x"
+        + std::to_string(region.height()) + "+" + std::to_string(region.x()) + "+" + std::to_string(region.y())
+        + " +repage '" + file.string() + "'";
+    QImage shot;
+    if (std::system(command.c_str()) == 0)
+        shot.load(QString::fromStdString(file.string()));
+    std::filesystem::remove(file);
+    return shot;
+}
+
+// The screen's picture of that rectangle, kept under the build's test
+// artefacts once `painted` (a part of it; all of it when empty) shows more
+// than a few colours: a loaded machine maps a window some time before it
+// draws it, and a window never drawn stays a black box under its frame.
+inline QImage keepScreenRegion(const QRect& region, const std::string& name, const QRect& painted = {})
 {
     QImage shot;
-    for (int attempt = 0; attempt < 100 && distinctColours(shot) <= 8; ++attempt) {
-        if (attempt > 0)
+    const auto blank = [&] { return distinctColours(painted.isEmpty() ? shot : shot.copy(painted)) <= 8; };
+    for (int attempt = 0; attempt < 60 && (shot.isNull() || blank()); ++attempt) {
+        if (attempt > 0) {
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        onGui([&] { shot = grab(); });
+            if (QThread::currentThread() == qApp->thread())
+                QCoreApplication::processEvents();
+        }
+        shot = screenRegion(region);
     }
-    EXPECT_GT(distinctColours(shot), 8) << name << " stayed blank";
+    EXPECT_FALSE(blank()) << name << " stayed blank on the screen";
     const std::filesystem::path folder = QUILO_TEST_ARTIFACTS;
     std::filesystem::create_directories(folder);
     EXPECT_TRUE(shot.save(QString::fromStdString((folder / name).string())));
     return shot;
 }
 
-inline void keepScreenshot(QWidget* window, const std::string& name)
+// The window with its frame, as it is on the screen; its own area must be painted.
+inline QImage keepScreenshot(QWidget* window, const std::string& name)
 {
-    keepPainted([window] { return window->screen()->grabWindow(window->winId()).toImage(); }, name);
+    QRect frame, content;
+    onGui([&] {
+        frame = window->frameGeometry();
+        content = window->geometry();
+    });
+    return keepScreenRegion(frame, name, content.translated(-frame.topLeft()));
 }
 
 } // namespace quilo::test

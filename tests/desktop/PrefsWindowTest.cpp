@@ -1,8 +1,9 @@
 // The preferences window on a real X server, used as a person uses it:
-// controls found by their accessible names, clicked and typed at through
-// the X server. The hot keys are real key grabs, so a capture shows that
-// they are let go while it runs and taken again after it. Screenshots of
-// the panes and of the capture panel go to the build's test artefacts.
+// controls found by their accessible names, clicked and typed at through the
+// X server, and read as a screen reader reads them (AT-SPI). The hot keys are
+// real key grabs, so a capture shows that they are let go while it runs and
+// taken again after it. Screenshots of the panes and of the capture panel,
+// taken from the screen, go to the build's test artefacts.
 #include "foundation/NotificationCenter.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
@@ -89,7 +90,6 @@ TEST_F(PrefsWindowOnX, TheToolbarSwitchesPanesAndTheirSwitchesSetTheDefaults)
     showPane(RTZPrefsHotKeysIdentifier);
     control("Hot keys");
     control(QString::fromUtf8("Set Hot Key…"));
-    keepScreenshot(&prefs_->window(), "preferences-hotkeys.png");
 
     showPane(RTZPrefsUpdateIdentifier);
     control("Check Now");
@@ -103,15 +103,56 @@ TEST_F(PrefsWindowOnX, TheToolbarSwitchesPanesAndTheirSwitchesSetTheDefaults)
     showPane(RTZPrefsGeneralIdentifier);
 }
 
-// Restore Thumbnails gets a new hot key: Create Thumbnails' combination,
-// pressed while capturing, reaches the panel instead of running and is
-// refused; a free one is accepted, stored and grabbed at once.
-TEST_F(PrefsWindowOnX, ACapturedHotKeyIsRefusedWhenTakenAndWorksAtOnceWhenFree)
+// From the keyboard alone: Ctrl+Tab and Ctrl+PgDown forward, Ctrl+Shift+Tab
+// and Ctrl+PgUp back, wrapping round; Tab reaches the toolbar, whose arrows
+// change the pane; Escape and Ctrl+W close the window.
+TEST_F(PrefsWindowOnX, TheKeyboardChangesPanesAndClosesTheWindow)
+{
+    const struct {
+        const char* keys;
+        QString pane;
+    } steps[] = {{"ctrl+Tab", RTZPrefsHotKeysIdentifier},      {"ctrl+Next", RTZPrefsUpdateIdentifier},
+                 {"ctrl+Tab", RTZPrefsGeneralIdentifier},      {"ctrl+shift+Tab", RTZPrefsUpdateIdentifier},
+                 {"ctrl+Prior", RTZPrefsHotKeysIdentifier}};
+    actAsUser([&] {
+        for (const auto& step : steps) {
+            pressKey(step.keys);
+            EXPECT_TRUE(eventually([&] { return prefs_->selectedPaneIdentifier() == step.pane; }, 10)) << step.keys;
+        }
+        QString focused;
+        for (int presses = 0; presses < 12 && !focused.startsWith("QToolButton"); ++presses) {
+            pressKey("Tab");
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            onGui([&] {
+                const QWidget* widget = QApplication::focusWidget();
+                focused = widget ? widget->metaObject()->className() : "";
+            });
+        }
+        ASSERT_EQ(focused, "QToolButton") << "Tab never reached the toolbar";
+        pressKey("Right");
+        EXPECT_TRUE(eventually([&] { return prefs_->selectedPaneIdentifier() == RTZPrefsUpdateIdentifier; }, 10));
+        for (const char* close : {"Escape", "ctrl+w"}) {
+            pressKey(close);
+            EXPECT_TRUE(eventually([&] { return !prefs_->window().isVisible(); }, 10)) << close;
+            onGui([&] { prefs_->showWindow(); });
+            focusWindow(&prefs_->window());
+        }
+    });
+}
+
+// Restore Thumbnails gets a new hot key. Refused, each with a beep, red text
+// and OK disabled: a plain key, Return while OK is disabled, a key no
+// combination can name, another action's combination, even switched off, or
+// Create Thumbnails' (which reaches the panel instead of running). A screen reader reads the prompt and the
+// combination themselves. Return takes a free one, which is stored and
+// grabbed at once; Escape cancels the next capture. Keys arrive as Mac key
+// codes with Carbon modifiers, and go no further.
+TEST_F(PrefsWindowOnX, TheCapturePanelTakesOnlyAFreeCombinationWithAModifier)
 {
     showPane(RTZPrefsHotKeysIdentifier);
     auto* table = static_cast<QTableView*>(control("Hot keys"));
     HotKeyWindow* panel = &prefs_->hotKeyWindow();
-    actAsUser([&] {
+    const auto capture = [&] {
         QPoint restoreRow;
         onGui([&] {
             const QRect cell = table->visualRect(table->model()->index(1, 1));
@@ -121,23 +162,58 @@ TEST_F(PrefsWindowOnX, ACapturedHotKeyIsRefusedWhenTakenAndWorksAtOnceWhenFree)
         click(control(QString::fromUtf8("Set Hot Key…")));
         ASSERT_TRUE(eventually([&] { return panel->isVisible(); }, 10));
         focusWindow(panel);
+    };
+    const auto shows = [&](const char* text) {
+        return eventually([&] { return panel->keyComboText() == QString::fromUtf8(text); }, 10);
+    };
+    actAsUser([&] {
+        capture();
         EXPECT_EQ(panel->title(), QStringLiteral("Press a hot key for \"Restore Thumbnails\""));
+        const struct {
+            const char* keys;
+            const char* shown;
+        } refused[] = {{"a", "A (Needs a Modifier)"},
+                       {"Return", "Return (Needs a Modifier)"},
+                       {"space", "Space (Needs a Modifier)"},
+                       {"shift+BackSpace", "⇧ Backspace (Needs a Modifier)"},
+                       {"ctrl+Print", "^ Print (Cannot Be a Hot Key)"},
+                       {"super+ctrl+t", "⌘^ T (In Use)"}, // Save as ICNS Files', switched off
+                       {"super+shift+t", "⌘⇧ T (In Use)"}};
+        for (const auto& key : refused) {
+            pressKey(key.keys);
+            EXPECT_TRUE(shows(key.shown)) << key.keys << " shows " << panel->keyComboText().toStdString();
+            EXPECT_FALSE(panel->okEnabled()) << key.keys;
+            EXPECT_TRUE(panel->isVisible()) << key.keys;
+            if (std::string(key.keys) == "Return")
+                keepScreenshot(panel, "capture-panel-refusing-return.png");
+        }
+        const std::string read = screenReaderReads();
+        std::printf("A screen reader reads the capture panel:\n%s", read.c_str());
+        EXPECT_NE(read.find("label | Press a hot key for \"Restore Thumbnails\""), std::string::npos) << read;
+        EXPECT_NE(read.find("label | ⌘⇧ T (In Use)"), std::string::npos) << read;
 
-        pressKey("super+shift+t");
-        EXPECT_TRUE(eventually([&] { return panel->keyComboText() == QString::fromUtf8("⌘⇧ T (In Use)"); }, 10));
-        EXPECT_FALSE(panel->okEnabled());
-        keepScreenshot(panel, "capture-panel-in-use.png");
-
-        pressKey("super+shift+r");
-        EXPECT_TRUE(eventually([&] { return panel->keyComboText() == QString::fromUtf8("⌘⇧ R"); }, 10));
+        pressKey("super+alt+shift+t");
+        EXPECT_TRUE(shows("⌘⌥⇧ T")) << "its own combination is no conflict";
+        EXPECT_TRUE(panel->okEnabled());
+        pressKey("Caps_Lock super+shift+r Caps_Lock");
+        EXPECT_TRUE(shows("⌘⇧ R")) << "caps lock is no modifier";
         EXPECT_TRUE(panel->okEnabled());
         keepScreenshot(panel, "capture-panel-accepted.png");
-        click(control("OK", panel));
+        pressKey("Return");
+        EXPECT_TRUE(eventually([&] { return !panel->isVisible(); }, 10));
+        const std::string pane = screenReaderReads();
+        EXPECT_NE(pane.find("label | Restore Thumbnails | Action"), std::string::npos) << pane;
+        EXPECT_NE(pane.find("label | ⌘⇧ R | Hot key"), std::string::npos) << pane;
+        keepScreenshot(&prefs_->window(), "preferences-hotkeys-named.png");
+
+        capture();
+        pressKey("super+alt+r");
+        EXPECT_TRUE(shows("⌘⌥ R"));
+        pressKey("Escape");
         EXPECT_TRUE(eventually([&] { return !panel->isVisible(); }, 10));
     });
     EXPECT_TRUE(pressedHotKeys_.empty()) << "no hot key ran during the capture";
     EXPECT_EQ(hotKeys().keyComboForKeyKey(RTZHotKey_RestoreThumbnails), KeyCombo(15, 0x0300));
-    EXPECT_EQ(static_cast<QLabel*>(control("Hot key"))->text(), QString::fromUtf8("⌘⇧ R"));
 
     actAsUser([&] {
         pressKey("super+shift+r");

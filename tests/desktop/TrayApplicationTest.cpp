@@ -279,12 +279,14 @@ TEST_F(TrayApplication, HotKeyHeldByAnotherProgramStaysWithIt)
     EXPECT_EQ(grabber.log(), "grabbed\npressed\n");
 }
 
-// Started before the tray (at login), Quilo shows its icon once the tray is up.
+// Started before the tray (at login), Quilo opens its preferences, which say
+// why the menu is missing, and shows its icon once the tray is up.
 TEST_F(TrayApplication, IconAppearsWhenTheTrayStartsAfterQuilo)
 {
     auto quilo = startQuilo();
     ASSERT_TRUE(quilo->waitForLog("No system tray yet")) << quilo->log();
-    std::this_thread::sleep_for(1s);
+    ASSERT_TRUE(ChildProgram::waitUntil([] { return windowShown("Quilo Preferences"); }, 10));
+    keepScreenRegion(windowFrame(firstWindowNamed("Quilo Preferences")), "preferences-without-tray.png");
     auto tray = startTray();
     const auto icon = waitForDockedIcon(20);
     ASSERT_TRUE(icon) << quilo->log();
@@ -306,7 +308,8 @@ TEST_F(TrayApplication, UpdateCheckAtLaunchOnlyWhenSwitchedOn)
     EXPECT_TRUE(quilo->waitForLog("Checking for updates...")) << quilo->log();
 }
 
-// A file manager's entry, and a second start, reach the Quilo that runs.
+// A file manager's entry, and a second start, reach the Quilo that runs:
+// the second start brings its preferences up.
 TEST_F(TrayApplication, RequestsGoToTheRunningQuilo)
 {
     auto tray = startTray();
@@ -322,7 +325,7 @@ TEST_F(TrayApplication, RequestsGoToTheRunningQuilo)
     auto second = startQuilo({}, "second");
     EXPECT_EQ(second->waitForExit(), std::optional(0));
     EXPECT_EQ(second->log(), "Quilo is already running in this session.\n");
-    EXPECT_TRUE(quilo->waitForLog("Quilo is running: its menu is in the tray.")) << quilo->log();
+    EXPECT_TRUE(ChildProgram::waitUntil([] { return windowShown("Quilo Preferences"); }, 10)) << quilo->log();
     EXPECT_TRUE(quilo->running());
 }
 

@@ -128,16 +128,4 @@ inline QRect windowFrame(const std::string& window)
     return QRect(values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]);
 }
 
-// What the screen shows in that rectangle, kept under the test artefacts.
-inline QImage keepScreenRegion(const QRect& region, const std::string& name)
-{
-    return keepPainted(
-        [region] {
-            return QGuiApplication::primaryScreen()
-                ->grabWindow(0, region.x(), region.y(), region.width(), region.height())
-                .toImage();
-        },
-        name);
-}
-
 } // namespace quilo::test

@@ -1,5 +1,6 @@
 // Key combinations: validity, equality, how people see them, and how the
 // preferences keep them.
+#include "HotKeysLib/GlobalHotKeyRule.h"
 #include "HotKeysLib/KeyCombo.h"
 #include "HotKeysLib/KeyComboAdditions.h"
 #include "foundation/UserDefaults.h"
@@ -50,19 +51,36 @@ TEST_F(KeyComboTest, DisplayIsGlyphsInCommandOptionControlShiftOrderThenTheKey)
     EXPECT_EQ(KeyCombo(0, 0).userDisplayRep(), "A") << "no blank before a bare key";
     EXPECT_EQ(KeyCombo(49, controlKey).description(), "^ Space");
     EXPECT_EQ(KeyCombo::stringForKeyCode(122), "F1");
+    for (auto [code, name] : {std::pair{51, "Backspace"}, {117, "Delete"}, {114, "Insert"}, {71, "Num Lock"}})
+        EXPECT_EQ(KeyCombo::stringForKeyCode(std::int16_t(code)), name) << "as a PC keyboard labels it";
     EXPECT_EQ(KeyCombo::stringForKeyCode(300), "12C") << "a code the list does not name";
 }
 
-// Every key of a US keyboard has its name.
-TEST_F(KeyComboTest, KeyNameListCoversTheUsKeyboard)
+// Every key of a PC keyboard has its name.
+TEST_F(KeyComboTest, KeyNameListCoversThePcKeyboard)
 {
     const QVariantMap* names = KeyCombo::keyCodesDictionary();
     ASSERT_TRUE(names);
     for (int code = 0; code <= 126; ++code) {
-        const bool unused = code == 66 || code == 68 || code == 70 || code == 77 || (code >= 93 && code <= 95) ||
-                            code == 102 || code == 104 || code == 108 || code == 112;
+        const bool unused = code == 66 || code == 68 || code == 70 || code == 77 || code == 108 || code == 112;
         EXPECT_EQ(names->contains(QString::number(code)), !unused) << code;
     }
+}
+
+// Only a combination with Super, Alt or Control, or a function key, may be
+// taken from every program of the session.
+TEST_F(KeyComboTest, AGlobalHotKeyNeedsAModifierUnlessItIsAFunctionKey)
+{
+    const struct {
+        std::int32_t keyCode, modifiers;
+        bool may;
+    } combos[] = {{17, cmdKey, true},   {17, optionKey, true}, {17, controlKey + shiftKey, true},
+                  {17, shiftKey, false}, {36, 0, false},       {53, 0, false},
+                  {122, 0, true},        {80, shiftKey, true},  {90, 0, false}, // F1, F19, F20
+                  {-1, cmdKey, false},   {17, -1, false}};
+    for (const auto& combo : combos)
+        EXPECT_EQ(mayBeGlobalHotKey(combo.keyCode, combo.modifiers), combo.may)
+            << combo.keyCode << " " << combo.modifiers;
 }
 
 TEST_F(KeyComboTest, WithoutTheListKeysShowAsHexadecimal)

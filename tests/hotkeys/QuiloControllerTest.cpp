@@ -9,7 +9,14 @@
 
 #include <gtest/gtest.h>
 
+#include "prefs/MakersWebSite.h"
+
 #include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QTimer>
 
 namespace quilo::test {
 namespace {
@@ -53,6 +60,40 @@ TEST_F(QuiloControllerTest, HotKeyEventsWithOtherNamesStartNothing)
                                  QVariant(QStringLiteral("Save as ICNS"))})
         controller.handleHotKeyEvent(Notification{"RTZHandleHotKeyEvent", name, {}});
     EXPECT_EQ(controller.creatingThumbnailsWindow(), nullptr);
+}
+
+// What a visible top-level window of that title shows in its labels.
+QStringList labelsOfWindow(const QString& title)
+{
+    QStringList texts;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->windowTitle() == title)
+            for (const QLabel* label : window->findChildren<QLabel*>())
+                if (label->isVisible())
+                    texts << label->text();
+    return texts;
+}
+
+TEST_F(QuiloControllerTest, AboutSaysWhatQuiloIsItsVersionCopyrightAndWebSite)
+{
+    QString about;
+    QTimer::singleShot(0, [&] {
+        about = labelsOfWindow("About Quilo").join('\n');
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+            box->accept();
+    });
+    controller.menuAboutQuilo();
+    for (const QString& part : {QString("Gives picture files their own pictures as icons"), QString("Version 1.1"),
+                                QString("Copyright © 2026"), makersWebSite().toString()})
+        EXPECT_TRUE(about.contains(part)) << part.toStdString() << " not in " << about.toStdString();
+}
+
+// No tray here: the preferences come up and say why the menu is missing.
+TEST_F(QuiloControllerTest, WithoutATrayThePreferencesSayWhyTheMenuIsMissing)
+{
+    controller.showStatusItem();
+    EXPECT_TRUE(
+        labelsOfWindow("Quilo Preferences").contains("Quilo's menu is missing: no system tray is running yet."));
 }
 
 } // namespace

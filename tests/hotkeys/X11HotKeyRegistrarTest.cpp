@@ -181,8 +181,13 @@ TEST_F(X11HotKeys, AnUnregisteredKeyIsSilentAndFreeForOthers)
     EXPECT_TRUE(other.grabKey(kXT, kSuperShift | XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2));
 }
 
+// And a plain key, which would be taken from every program: logged.
 TEST_F(X11HotKeys, KeysWithoutAnXKeycodeAreRefused)
 {
+    LogCapture log;
+    EXPECT_EQ(registrar_.registerEventHotKey(36, shiftKey, kId), 0u) << "Shift+Return";
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"Hot key 36 with modifiers 0x0200 refused: without Super, Alt or "
+                                                    "Control it would be taken from every program of the session"});
     EXPECT_EQ(registrar_.registerEventHotKey(66, cmdKey, kId), 0u) << "no Mac key has code 66";
     EXPECT_EQ(registrar_.registerEventHotKey(-1, cmdKey, kId), 0u);
     EXPECT_EQ(registrar_.registerEventHotKey(300, cmdKey, kId), 0u);

@@ -5,6 +5,7 @@
 #include "tests/support/ServerProcess.h"
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 
 namespace quilo::test {
@@ -31,6 +32,32 @@ public:
 private:
     ServerProcess server_;
     std::string display_;
+};
+
+} // namespace quilo::test
+
+namespace quilo::test {
+
+// A window manager (jwm) on the display, and optionally a compositor
+// (xcompmgr), as a person's desktop has; up once the constructor returns.
+class Desktop {
+public:
+    explicit Desktop(bool composited)
+        : windowManager_(once("xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q window", "jwm"))
+    {
+        if (composited) // it announces itself by no property: it is given a moment
+            compositor_.emplace(once("true", "xcompmgr"));
+    }
+
+private:
+    // Runs the program, and writes the line once `probe` succeeds.
+    static std::vector<std::string> once(const std::string& probe, const std::string& program)
+    {
+        return {"sh", "-c", "(until " + probe + "; do sleep 0.05; done; sleep 0.3; echo up >&{fd}) & exec " + program};
+    }
+
+    ServerProcess windowManager_;
+    std::optional<ServerProcess> compositor_;
 };
 
 } // namespace quilo::test
