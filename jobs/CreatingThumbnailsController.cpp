@@ -81,10 +81,16 @@ void CreatingThumbnailsController::waitUntilFinished()
         thread_.join();
 }
 
+// Files gone since they were selected (or copied) are left out, as the
+// file manager would no longer list them.
 QStringList CreatingThumbnailsController::getFinderSelections()
 {
-    QStringList paths = selection_.selectedPaths();
-    std::reverse(paths.begin(), paths.end());
+    QStringList paths;
+    for (const QString& path : selection_.selectedPaths()) {
+        std::error_code error;
+        if (std::filesystem::exists(fsPath(path), error))
+            paths.prepend(path);
+    }
     return paths;
 }
 
@@ -164,35 +170,40 @@ void CreatingThumbnailsController::processFile(Job& job, const QString& path)
     if (isImageFileType(path.toStdString())) {
         logFormat("Processing %s", path.toUtf8().constData());
         ui_.setFileName(QFileInfo(path).fileName());
-        PictureLoadResult loaded = imageWithContentsOfFile(file);
+        // Taking icons off needs no picture, and a hostile one costs nothing.
         std::shared_ptr<const Image> picture;
-        if (loaded.image)
-            picture = std::make_shared<const Image>(std::move(*loaded.image));
+        if (job.kind != kRestoreThumbnails) {
+            PictureLoadResult loaded = imageWithContentsOfFile(file);
+            if (loaded.image)
+                picture = std::make_shared<const Image>(std::move(*loaded.image));
+        }
         ui_.setPicture(picture);
         ui_.activate();
         ui_.showWindow();
+        FileOutcome outcome{path, picture != nullptr || job.kind == kRestoreThumbnails, true};
         if (job.kind == kCreateThumbnails) {
-            createThumbnail(job, path, picture.get());
+            outcome.changed = createThumbnail(job, path, picture.get());
         } else if (job.kind == kRestoreThumbnails) {
-            IconFamily::removeCustomIconFromFile(file);
+            outcome.changed = IconFamily::removeCustomIconFromFile(file);
         } else if (job.kind == kSaveAsICNS) {
             if (job.slot)
-                job.slot->writeToFile(fsPath(icnsPathFor(path, job.destination)));
+                outcome.changed = job.slot->writeToFile(fsPath(icnsPathFor(path, job.destination)));
             if (defaults_.boolForKey(RTZCreateThumbnailsForNewICNSFilesKey))
-                createThumbnail(job, path, picture.get());
+                outcome.changed = createThumbnail(job, path, picture.get()) && outcome.changed;
         }
         changeNotifier().noteFileSystemChanged(file);
+        ui_.fileFinished(outcome);
     }
     if (savedDate)
         setModificationDate(file, *savedDate);
 }
 
-// A picture that could not be read leaves the slot empty and the file alone.
-void CreatingThumbnailsController::createThumbnail(Job& job, const QString& path, const Image* picture)
+// A picture that could not be read gets clear thumbnails, which fill the
+// slot like any others.
+bool CreatingThumbnailsController::createThumbnail(Job& job, const QString& path, const Image* picture)
 {
-    job.slot = picture ? IconFamily::iconFamilyWithThumbnailsOfImage(*picture) : nullptr;
-    if (job.slot)
-        job.slot->setAsCustomIconForFile(fsPath(path));
+    job.slot = IconFamily::iconFamilyWithThumbnailsOfImage(picture ? *picture : Image());
+    return job.slot->setAsCustomIconForFile(fsPath(path));
 }
 
 void CreatingThumbnailsController::closeWindowAndResetUI()

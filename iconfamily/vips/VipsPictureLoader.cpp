@@ -46,12 +46,15 @@ bool swapsAxes(const VImage& image)
 VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage& header, int wanted)
 {
     const int longer = std::max(header.width(), header.height());
+    // A sliver of a picture keeps a pixel across: the fit decides what shows.
+    const double scale = std::max(double(wanted) / std::max(longer, 1),
+                                  1.0 / std::max(std::min(header.width(), header.height()), 1));
     switch (kind) {
     case Loader::Jpeg:
         return open(path, VImage::option()->set("shrink", jpegScaleDenominator(longer, wanted)));
     case Loader::Webp:
-        if (longer > wanted)
-            return open(path, VImage::option()->set("scale", double(wanted) / longer));
+        if (scale < 1)
+            return open(path, VImage::option()->set("scale", scale));
         break;
     case Loader::Heif: {
         // Photos carry a preview; it serves when it is large enough.
@@ -60,10 +63,8 @@ VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage&
             return preview;
         break;
     }
-    case Loader::Vector: {
-        const double scale = double(wanted) / std::max(longer, 1);
+    case Loader::Vector:
         return open(path, VImage::option()->set("scale", scale));
-    }
     case Loader::Other: break;
     }
     return open(path, VImage::option());
@@ -76,7 +77,8 @@ VImage boxReduced(VImage image, int wanted)
     const int factor = boxReductionFactor(std::max(image.width(), image.height()), wanted);
     if (factor < 2)
         return image;
-    return image.shrink(factor, factor);
+    // Never below one pixel across, however thin the picture.
+    return image.shrink(std::min(factor, image.width()), std::min(factor, image.height()));
 }
 
 BitmapImageRep premultipliedRep(const VImage& image)
