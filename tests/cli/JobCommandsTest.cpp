@@ -46,7 +46,14 @@ TEST_F(JobCommands, EveryJobRunsAndWalksTheSelectionBackwards)
     const Outcome created = quilo("create-thumbnails" + picturesArgument({"a.jpg", "b.jpg"}));
     EXPECT_EQ(created.status, 0) << created.output;
     EXPECT_LT(created.output.find("[1/2] b.jpg"), created.output.find("[2/2] a.jpg")) << created.output;
+    EXPECT_TRUE(contains(created, "\n2 pictures: 2 with icons\n")) << created.output;
     EXPECT_TRUE(hasIcon("a.jpg") && hasIcon("b.jpg"));
+    // On a terminal the progress line names each file; the log does not
+    // name it a second time.
+    const Outcome onTerminal = shell("script -qec '" + std::string(QUILO_BINARY) + " create-thumbnails" +
+                                     picturesArgument({"a.jpg"}) + "' /dev/null");
+    EXPECT_TRUE(contains(onTerminal, "1 picture: 1 with icons") && !contains(onTerminal, "Processing"))
+        << onTerminal.output;
 
     const Outcome restored = quilo("restore-thumbnails" + picturesArgument({"a.jpg", "b.jpg"}));
     EXPECT_EQ(restored.status, 0) << restored.output;
@@ -87,9 +94,12 @@ TEST_F(JobCommands, AReadOnlyFolderLeavesEveryFileAsItWas)
     fs::permissions(directory_ / "locked", fs::perms(0555));
     // Root writes anywhere: the job then runs as nobody.
     const std::string asUser = ::geteuid() == 0 ? "runuser -u nobody -- " : "";
-    const std::string line = asUser + QUILO_BINARY + " create-thumbnails " + quoted(directory_ / "locked/a.jpg") + " " +
-                             quoted(directory_ / "locked/b.jpg") + " >/dev/null 2>&1";
-    EXPECT_EQ(std::system(line.c_str()), 0) << "the job runs; the failures are the files' own";
+    const Outcome locked = shell(asUser + QUILO_BINARY + " create-thumbnails " + quoted(directory_ / "locked/a.jpg") +
+                                 " " + quoted(directory_ / "locked/b.jpg") + " 2>&1");
+    EXPECT_EQ(locked.status, 1) << "the job runs; the failures are the files' own";
+    EXPECT_TRUE(contains(locked, "quilo create-thumbnails: " + (directory_ / "locked/a.jpg").string() + ": ")
+                && contains(locked, "\n2 pictures: 0 with icons, 2 could not be changed\n"))
+        << locked.output;
     EXPECT_EQ(directoryListing(directory_ / "locked"), (std::set<std::string>{"a.jpg", "b.jpg"}));
     EXPECT_EQ(readFileBytes(directory_ / "locked/a.jpg"), before);
     fs::permissions(directory_ / "locked", fs::perms(0755));
@@ -127,7 +137,7 @@ TEST_F(JobCommands, InterruptStopsBetweenPictures)
     ::close(pipeEnds[0]);
     int status = 0;
     ::waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << output;
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 130) << output;
     int started = 0, iconed = 0;
     for (std::size_t at = 0; (at = output.find("Processing ", at)) != std::string::npos; ++at)
         ++started;

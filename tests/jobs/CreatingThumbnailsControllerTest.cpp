@@ -3,6 +3,8 @@
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
 #include "iconfamily/AppleDouble.h"
+#include "iconfamily/IconElementTypes.h"
+#include "iconfamily/IconServices.h"
 #include "iconfamily/IconFamily.h"
 #include "jobs/CreatingThumbnailsController.h"
 #include "jobs/ModificationDate.h"
@@ -14,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -89,11 +92,15 @@ TEST_F(ThumbnailJob, CreatesIconsInReverseSelectionOrderWithTheBarAheadOfEachFil
 
 TEST_F(ThumbnailJob, NothingSelectedAlertsAndNeverShowsTheWindow)
 {
-    run(kCreateThumbnails, {});
-    EXPECT_EQ(ui_.calls(), (QStringList{"activate", "beep",
-                                        "alert No Image Files Selected | Please select (highlight) one or more image "
-                                        "files in the Finder before using Quilo. | OK",
-                                        "close", "picture none", "progress 0"}));
+    const QString gone = QString::fromStdString((directory_ / "gone.jpg").string());
+    for (const QStringList& selection : {QStringList(), QStringList{gone}}) {
+        const qsizetype before = ui_.calls().size();
+        run(kCreateThumbnails, selection);
+        EXPECT_EQ(ui_.calls().mid(before), (QStringList{"activate", "beep",
+                                            "alert No Image Files Selected | Please select (highlight) one or more "
+                                            "image files in the Finder before using Quilo. | OK",
+                                            "close", "picture none", "progress 0"}));
+    }
 }
 
 TEST_F(ThumbnailJob, OneFileThatIsNoPictureAbandonsTheWholeJobAndFreesTheDriverAtOnce)
@@ -238,21 +245,39 @@ TEST_F(ThumbnailJob, ASecondStartWhileAJobRunsIsIgnored)
     EXPECT_TRUE(hasCustomIcon(selection[0]) && hasCustomIcon(selection[1]));
 }
 
-TEST_F(ThumbnailJob, UnreadablePicturesArePassedOverAndNoPicturesBytesChange)
+// An unreadable picture gets clear icons and fills the Save-as-ICNS slot
+// like any other; a file gone since it was selected is left out; an .icns
+// file is a picture; no picture's bytes change, and taking icons off reads
+// no picture.
+TEST_F(ThumbnailJob, UnreadablePicturesGetClearIconsAndGoneFilesAreLeftOut)
 {
-    const QStringList selection = pictures({"a.jpg", "b.jpg", "c.jpg"});
+    QStringList selection = pictures({"c.png", "b.jpg", "a.jpg"}, "gradient.png");
     const Bytes broken{0xFF, 0xD8, 0xFF, 0xE0, 0, 0x10, 'J', 'F', 'I', 'F'};
     test::writeFileBytes(selection[1].toStdString(), broken);
-    const Bytes good = test::readFileBytes(selection[0].toStdString());
-    run(kCreateThumbnails, selection);
+    fs::create_directory(directory_ / "out");
+    ui_.panelAnswer = QString::fromStdString((directory_ / "out").string());
+    run(kSaveAsICNS, selection);
+    const auto iconOf = [&](const char* name) {
+        return IconFamily::iconFamilyWithIconOfFile(directory_ / name)->iconFamilyHandle();
+    };
+    EXPECT_EQ(test::readFileBytes(directory_ / "out/b.icns"), iconOf("a.jpg"));
+    EXPECT_EQ(test::readFileBytes(directory_ / "out/c.icns"), iconOf("b.jpg"));
+    std::vector<std::uint8_t> mask;
+    ASSERT_EQ(getIconFamilyData(iconOf("b.jpg"), kThumbnail8BitMask, mask), noErr);
+    EXPECT_EQ(std::count(mask.begin(), mask.end(), 0), long(mask.size())) << "clear thumbnails";
+
+    fs::rename(directory_ / "out/b.icns", directory_ / "d.icns");
+    selection << QString::fromStdString((directory_ / "d.icns").string())
+              << QString::fromStdString((directory_ / "gone.jpg").string());
+    const qsizetype before = ui_.calls().size();
     run(kRestoreThumbnails, selection);
+    EXPECT_TRUE(ui_.calls().mid(before).filter(QRegularExpression("^picture [0-9]")).isEmpty());
     run(kCreateThumbnails, selection);
-    EXPECT_TRUE(hasCustomIcon(selection[0]) && hasCustomIcon(selection[2]));
-    EXPECT_FALSE(hasCustomIcon(selection[1]));
-    EXPECT_FALSE(fs::exists(directory_ / "._b.jpg"));
-    EXPECT_EQ(test::readFileBytes(selection[0].toStdString()), good);
+    EXPECT_EQ(processed(), (std::vector<std::string>{"a.jpg", "b.jpg", "c.png", "d.icns", "a.jpg", "b.jpg", "c.png",
+                                                     "d.icns", "a.jpg", "b.jpg", "c.png"}));
+    EXPECT_TRUE(hasCustomIcon(selection[3]));
     EXPECT_EQ(test::readFileBytes(selection[1].toStdString()), broken);
-    EXPECT_EQ(test::readFileBytes(selection[2].toStdString()), good);
+    EXPECT_EQ(test::readFileBytes(selection[2].toStdString()), test::readFileBytes(kPictures / "gradient.png"));
 }
 
 } // namespace
