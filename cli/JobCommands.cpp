@@ -4,6 +4,7 @@
 #include "cli/TerminalJobInterface.h"
 
 #include "foundation/Log.h"
+#include "foundation/PathNames.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
 #include "jobs/CreatingThumbnailsController.h"
@@ -67,7 +68,7 @@ int runJob(const char* command, int kind, const char* doneWith, const Arguments&
 
     QStringList paths;
     for (const std::string& path : arguments.positionals)
-        paths << QString::fromStdString(path);
+        paths << qStringFromPath(path);
     GivenSelection selection(paths);
     const bool onTerminal = ::isatty(STDERR_FILENO) != 0;
     TerminalJobInterface ui(command, doneWith, std::move(destination), onTerminal);
@@ -111,7 +112,7 @@ int saveAsIcns(const Arguments& arguments)
     }
     if (!makeOutputDirectory("save-as-icns", *output))
         return kExitFailure;
-    return runJob("save-as-icns", kSaveAsICNS, "done", arguments, QString::fromStdString(*output));
+    return runJob("save-as-icns", kSaveAsICNS, "done", arguments, qStringFromPath(*output));
 }
 
 const std::string kCreateHelp = std::string(R"(Usage: quilo create-thumbnails PICTURE... [--keep-dates|--no-keep-dates]

@@ -2,8 +2,7 @@
 
 #include "cli/Command.h"
 #include "cli/CustomIconProblems.h"
-
-#include <QFile>
+#include "foundation/PathNames.h"
 
 #include <cstdio>
 #include <string>
@@ -70,7 +69,7 @@ void TerminalJobInterface::fileFinished(const FileOutcome& outcome)
         return;
     }
     ++failed_;
-    const std::filesystem::path path(QFile::encodeName(outcome.path).toStdString());
+    const std::filesystem::path path(pathFromQString(outcome.path));
     std::fprintf(stderr, "%squilo %s: %s: %s\n", lineOpen_ ? "\r\033[K" : "", command_,
                  displayPath(path.string()).c_str(), displayPath(explainCustomIconFailure(path)).c_str());
     lineOpen_ = false;

@@ -2,6 +2,7 @@
 
 #include "foundation/LocalizedStrings.h"
 #include "foundation/Log.h"
+#include "foundation/PathNames.h"
 #include "foundation/UserDefaults.h"
 #include "iconfamily/ChangeNotifier.h"
 #include "iconfamily/ImageFileTypes.h"
@@ -41,13 +42,13 @@ QString titleForKind(int kind)
     }
 }
 
-std::filesystem::path fsPath(const QString& path) { return std::filesystem::path(path.toStdString()); }
+std::filesystem::path fsPath(const QString& path) { return std::filesystem::path(pathFromQString(path)); }
 
 // /a/b/Photo.jpg into /x gives /x/Photo.icns.
 QString icnsPathFor(const QString& picture, const QString& destination)
 {
     const std::filesystem::path name = fsPath(picture).filename();
-    return QString::fromStdString((fsPath(destination) / name.stem()).string() + ".icns");
+    return qStringFromPath((fsPath(destination) / name.stem()).string() + ".icns");
 }
 
 } // namespace
@@ -133,7 +134,7 @@ bool CreatingThumbnailsController::selectionIsUsable(const QStringList& paths)
         return false;
     }
     const bool allImages = std::all_of(paths.begin(), paths.end(), [](const QString& path) {
-        return isImageFileType(path.toStdString());
+        return isImageFileType(pathFromQString(path));
     });
     if (!allImages) {
         ui_.activate();
@@ -159,7 +160,7 @@ std::optional<QString> CreatingThumbnailsController::chooseDestination(const QSt
         closeWindowAndResetUI();
         return std::nullopt;
     }
-    logFormat("Saving ICNS files to: %s", chosen->toUtf8().constData());
+    logFormat("Saving ICNS files to: %s", pathFromQString(*chosen).c_str());
     return chosen;
 }
 
@@ -167,8 +168,8 @@ void CreatingThumbnailsController::processFile(Job& job, const QString& path)
 {
     const auto file = fsPath(path);
     const auto savedDate = job.maintainDates ? modificationDate(file) : std::nullopt;
-    if (isImageFileType(path.toStdString())) {
-        logFormat("Processing %s", path.toUtf8().constData());
+    if (isImageFileType(file.native())) {
+        logFormat("Processing %s", file.c_str());
         ui_.setFileName(QFileInfo(path).fileName());
         // Taking icons off needs no picture, and a hostile one costs nothing.
         std::shared_ptr<const Image> picture;

@@ -48,6 +48,10 @@ TEST_F(JobCommands, EveryJobRunsAndWalksTheSelectionBackwards)
     EXPECT_LT(created.output.find("[1/2] b.jpg"), created.output.find("[2/2] a.jpg")) << created.output;
     EXPECT_TRUE(contains(created, "\n2 pictures: 2 with icons\n")) << created.output;
     EXPECT_TRUE(hasIcon("a.jpg") && hasIcon("b.jpg"));
+    // A name that is not UTF-8 is a name like any other.
+    fs::copy_file(directory_ / "a.jpg", directory_ / "bad\xFF\xFE.jpg");
+    EXPECT_EQ(quilo("create-thumbnails" + picturesArgument({"bad\xFF\xFE.jpg"})).status, 0);
+    EXPECT_TRUE(hasIcon("bad\xFF\xFE.jpg"));
     // On a terminal the progress line names each file; the log does not
     // name it a second time.
     const Outcome onTerminal = shell("script -qec '" + std::string(QUILO_BINARY) + " create-thumbnails" +

@@ -258,7 +258,8 @@ TEST_F(ThumbnailJob, UnreadablePicturesGetClearIconsAndGoneFilesAreLeftOut)
     ui_.panelAnswer = QString::fromStdString((directory_ / "out").string());
     run(kSaveAsICNS, selection);
     const auto iconOf = [&](const char* name) {
-        return IconFamily::iconFamilyWithIconOfFile(directory_ / name)->iconFamilyHandle();
+        const auto family = IconFamily::iconFamilyWithIconOfFile(directory_ / name);
+        return family ? family->iconFamilyHandle() : IconFamilyHandle();
     };
     EXPECT_EQ(test::readFileBytes(directory_ / "out/b.icns"), iconOf("a.jpg"));
     EXPECT_EQ(test::readFileBytes(directory_ / "out/c.icns"), iconOf("b.jpg"));
