@@ -18,7 +18,7 @@ FileStream openRegularFile(const std::filesystem::path& path, std::string& error
     struct stat status {};
     if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
         ::close(fd);
-        error = "not a regular file";
+        error = "not a picture (not a regular file)";
         return nullptr;
     }
     // Reads of a regular file never block; blocking mode is restored for

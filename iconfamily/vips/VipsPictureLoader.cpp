@@ -14,13 +14,17 @@ namespace {
 
 using vips::VImage;
 
-enum class Loader { Jpeg, Webp, Heif, Vector, Other };
+enum class Loader { Jpeg, Png, Tiff, Webp, Heif, Vector, Other };
 
 Loader loaderKind(const char* name)
 {
     const std::string loader = name;
     if (loader.rfind("VipsForeignLoadJpeg", 0) == 0)
         return Loader::Jpeg;
+    if (loader.rfind("VipsForeignLoadPng", 0) == 0)
+        return Loader::Png;
+    if (loader.rfind("VipsForeignLoadTiff", 0) == 0)
+        return Loader::Tiff;
     if (loader.rfind("VipsForeignLoadWebp", 0) == 0)
         return Loader::Webp;
     if (loader.rfind("VipsForeignLoadHeif", 0) == 0)
@@ -70,6 +74,30 @@ VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage&
     return open(path, VImage::option());
 }
 
+// Whether the decoder hands out rows as it reads them, so shrinking on the
+// way keeps memory small. Others (GIF, interlaced PNG, BMP, HEIF without a
+// preview, ...) decode the whole picture, as opened, before the first row.
+bool streams(Loader kind, const VImage& header)
+{
+    switch (kind) {
+    case Loader::Png:
+        return !(header.get_typeof("interlaced") && header.get_int("interlaced"));
+    case Loader::Jpeg: // a JPEG that libjpeg would buffer never reaches here
+    case Loader::Tiff:
+    case Loader::Webp:   // decoded at its reduced scale
+    case Loader::Vector: // drawn at its reduced scale
+        return true;
+    default:
+        return false;
+    }
+}
+
+long long bytesOf(const VImage& image)
+{
+    return (long long)image.width() * image.height() * image.bands()
+           * (long long)vips_format_sizeof(image.format());
+}
+
 // Box-reduces by a whole factor while streaming, so a huge picture is never
 // held whole in memory.
 VImage boxReduced(VImage image, int wanted)
@@ -110,7 +138,11 @@ PictureLoadResult load(const std::filesystem::path& path, int forIconWidth)
         return failure("picture too large (" + std::to_string(header.width()) + " x "
                        + std::to_string(header.height()) + " pixels)");
     const int wanted = 2 * forIconWidth;
-    VImage image = boxReduced(openReduced(path, kind, header, wanted), wanted);
+    const VImage opened = openReduced(path, kind, header, wanted);
+    if (!streams(kind, header) && bytesOf(opened) > kMaxDecodeBytes)
+        return failure("picture too large (" + std::to_string(header.width()) + " x "
+                       + std::to_string(header.height()) + " pixels)");
+    VImage image = boxReduced(opened, wanted);
     image = toSrgb8WithAlpha(image).copy_memory().autorot();
 
     Image picture;

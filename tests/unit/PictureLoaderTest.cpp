@@ -139,14 +139,32 @@ std::vector<std::uint8_t> jpegBomb(bool arithmetic)
     std::_Exit(0);
 }
 
-TEST(PictureLoaderDeathTest, RefusesJpegBombsBeforeTakingMemory)
+// A GIF is decoded whole: one claiming 20000 x 20000 pixels would take 1.6 GB.
+std::vector<std::uint8_t> gifBomb(const std::filesystem::path& scratch)
+{
+    EXPECT_TRUE(ensureVipsStarted());
+    vips::VImage::black(16, 16).gifsave(scratch.c_str());
+    std::vector<std::uint8_t> gif = test::readFileBytes(scratch);
+    const auto screen = gif.begin() + 6;
+    const auto frame = std::find(gif.begin() + 13, gif.end(), 0x2C) + 5; // the first image descriptor's size
+    for (auto size : {screen, screen + 2, frame, frame + 2})
+        std::tie(size[0], size[1]) = std::pair<std::uint8_t, std::uint8_t>(20000 & 0xFF, 20000 >> 8);
+    return gif;
+}
+
+TEST(PictureLoaderDeathTest, RefusesBombsBeforeTakingMemory)
 {
     test::TemporaryDirectory directory;
-    for (const bool arithmetic : {false, true}) {
-        test::writeFileBytes(directory / "bomb.jpg", jpegBomb(arithmetic));
-        EXPECT_EXIT(loadWithLittleMemory(directory / "bomb.jpg"), ::testing::ExitedWithCode(0),
-                    "^picture too large \\(30000 x 30000 pixels\\)$")
-            << (arithmetic ? "SOF10" : "baseline");
+    const std::tuple<const char*, std::vector<std::uint8_t>, const char*> bombs[] = {
+        {"baseline.jpg", jpegBomb(false), "30000 x 30000"},
+        {"sof10.jpg", jpegBomb(true), "30000 x 30000"},
+        {"bomb.gif", gifBomb(directory / "small.gif"), "20000 x 20000"},
+    };
+    for (const auto& [name, bytes, size] : bombs) {
+        test::writeFileBytes(directory / name, bytes);
+        EXPECT_EXIT(loadWithLittleMemory(directory / name), ::testing::ExitedWithCode(0),
+                    std::string("^picture too large \\(") + size + " pixels\\)$")
+            << name;
     }
 }
 
