@@ -154,6 +154,7 @@ std::vector<std::uint8_t> gifBomb(const std::filesystem::path& scratch)
 
 TEST(PictureLoaderDeathTest, RefusesBombsBeforeTakingMemory)
 {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // the image library's threads do not survive a bare fork
     test::TemporaryDirectory directory;
     const std::tuple<const char*, std::vector<std::uint8_t>, const char*> bombs[] = {
         {"baseline.jpg", jpegBomb(false), "30000 x 30000"},
