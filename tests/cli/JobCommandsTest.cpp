@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <set>
 #include <cstdio>
@@ -109,7 +108,8 @@ TEST_F(JobCommands, AReadOnlyFolderLeavesEveryFileAsItWas)
     fs::permissions(directory_ / "locked", fs::perms(0755));
 }
 
-// Ctrl-C is the Stop button: the picture in hand is finished, no other is begun.
+// Ctrl-C is the Stop button: the picture in hand is finished, no other is
+// begun, and the summary says how far the job got.
 TEST_F(JobCommands, InterruptStopsBetweenPictures)
 {
     std::vector<std::string> names;
@@ -117,38 +117,18 @@ TEST_F(JobCommands, InterruptStopsBetweenPictures)
         names.push_back("p" + std::to_string(i) + ".jpg");
         fs::copy_file(kSamples / "hills.jpg", directory_ / names.back());
     }
-    std::string command = std::string(QUILO_BINARY) + " create-thumbnails" + picturesArgument(names) + " 2>&1";
-    int pipeEnds[2];
-    ASSERT_EQ(::pipe(pipeEnds), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(pipeEnds[1], STDOUT_FILENO);
-        ::close(pipeEnds[0]);
-        ::execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
-        ::_exit(127);
-    }
-    ::close(pipeEnds[1]);
-    std::string output;
-    char buffer[256];
-    bool interrupted = false;
-    for (ssize_t got; (got = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
-        output.append(buffer, std::size_t(got));
-        if (!interrupted && output.find("[2/40]") != std::string::npos) {
-            ::kill(child, SIGINT);
-            interrupted = true;
-        }
-    }
-    ::close(pipeEnds[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 130) << output;
-    int started = 0, iconed = 0;
-    for (std::size_t at = 0; (at = output.find("Processing ", at)) != std::string::npos; ++at)
-        ++started;
+    const std::string log = quoted(directory_ / "log");
+    const Outcome outcome = shell(std::string(QUILO_BINARY) + " create-thumbnails" + picturesArgument(names) + " 2>" +
+                                  log + " & until grep -q '\\[2/40\\]' " + log + "; do sleep 0.01; done; kill -INT $!;" +
+                                  " wait $!; echo status $?; cat " + log);
+    int iconed = 0, done = 0, stoppedAfter = 0;
     for (const std::string& name : names)
         iconed += hasIcon(name.c_str());
-    EXPECT_LT(started, 40) << output;
-    EXPECT_EQ(iconed, started) << "every picture begun was finished";
+    const auto summary = outcome.output.find("40 pictures: ");
+    ASSERT_NE(summary, std::string::npos) << outcome.output;
+    std::sscanf(outcome.output.c_str() + summary, "40 pictures: %d with icons, stopped after %d", &done, &stoppedAfter);
+    EXPECT_TRUE(contains(outcome, "status 130\n")) << outcome.output;
+    EXPECT_TRUE(iconed == done && done == stoppedAfter && done < 40) << outcome.output;
 }
 
 // A file-manager action's request (run for real by the file-manager tests)

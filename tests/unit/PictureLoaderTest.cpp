@@ -105,13 +105,6 @@ TEST(PictureLoader, DecodesALargePhotoAtAReducedScale)
     EXPECT_EQ(loaded.image->bestRepresentation()->pixelsHigh(), 250);
 }
 
-TEST(PictureLoader, RefusesAPictureClaimingMorePixelsThanTheLimit)
-{
-    const auto loaded = imageWithContentsOfFile(kPictures / "bomb.png");
-    EXPECT_FALSE(loaded.image);
-    EXPECT_EQ(loaded.error, "picture too large (100000 x 100000 pixels)");
-}
-
 // A tiny JPEG claiming 30000 x 30000 pixels over several scans, for which
 // libjpeg would hold every coefficient (5 GB): one component a scan, or
 // arithmetic-coded progressive scans.
@@ -160,6 +153,7 @@ TEST(PictureLoaderDeathTest, RefusesBombsBeforeTakingMemory)
         {"baseline.jpg", jpegBomb(false), "30000 x 30000"},
         {"sof10.jpg", jpegBomb(true), "30000 x 30000"},
         {"bomb.gif", gifBomb(directory / "small.gif"), "20000 x 20000"},
+        {"bomb.png", test::readFileBytes(kPictures / "bomb.png"), "100000 x 100000"},
     };
     for (const auto& [name, bytes, size] : bombs) {
         test::writeFileBytes(directory / name, bytes);
@@ -186,10 +180,10 @@ TEST(PictureLoader, ThinPicturesFitLikeAnyOtherOnEveryDecodePath)
             const auto family = IconFamily::iconFamilyWithThumbnailsOfImage(*loaded.image);
             std::vector<std::uint8_t> mask;
             ASSERT_EQ(getIconFamilyData(family->iconFamilyHandle(), kThumbnail8BitMask, mask), noErr);
-            EXPECT_EQ(std::count_if(mask.begin(), mask.end(), [](std::uint8_t a) { return a > 100 && a < 150; }),
-                      rows * 128)
-                << wide << "x" << high << " " << name;
-            EXPECT_EQ(std::count(mask.begin(), mask.end(), 0), long(mask.size()) - rows * 128);
+            const auto halfCovered = [](std::uint8_t a) { return a > 100 && a < 150; };
+            EXPECT_EQ(std::count_if(mask.begin(), mask.end(), halfCovered) + std::count(mask.begin(), mask.end(), 0),
+                      long(mask.size()));
+            EXPECT_EQ(std::count_if(mask.begin(), mask.end(), halfCovered), rows * 128) << wide << "x" << high << name;
         }
     }
 }
@@ -219,10 +213,6 @@ TEST(PictureLoader, ReadsAProgressiveJpegFromItsFirstScansAlone)
     }
     EXPECT_LE(largest, 10);
     EXPECT_LT(double(total) / double(a.size()), 1.0);
-
-    const auto bytes = test::readFileBytes(directory / "progressive.jpg");
-    test::writeFileBytes(directory / "cut.jpg", std::span(bytes).first(bytes.size() * 3 / 4));
-    EXPECT_FALSE(imageWithContentsOfFile(directory / "cut.jpg").image);
 }
 
 TEST(PictureLoader, GivesACleanErrorForWhatIsNotAWholePicture)
