@@ -3,6 +3,8 @@
 #include "cli/Command.h"
 #include "cli/TerminalJobInterface.h"
 
+#include "foundation/Log.h"
+#include "foundation/PathNames.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
 #include "jobs/CreatingThumbnailsController.h"
@@ -24,22 +26,32 @@ this one walks them from the last to the first. Every path must name a picture
   --no-keep-dates  leave it at the time of the change
                    (default: the "Maintain image modification dates" preference)
 
-Ctrl-C stops the job after the picture in hand. The exit status is 0 when the
-job ran, 1 when it was refused (no pictures, or a path that is not a picture),
-2 for a wrong command line.
+Paths that do not exist are left out. A picture that cannot be read gets
+clear icons. The job ends with a line that counts what became of the
+pictures; a file whose icon could not be changed is named with the reason.
+
+Ctrl-C stops the job after the picture in hand. The exit status is 0 when
+every picture was done, 1 when the job was refused (no pictures, or a path
+that is not a picture) or a file could not be changed, 130 when stopped by
+Ctrl-C, 2 for a wrong command line.
 )";
 
+constexpr int kExitInterrupted = 130; // as a shell reports a command ended by Ctrl-C
+
 std::atomic<CreatingThumbnailsController*> runningJob{nullptr};
+std::atomic<bool> interrupted{false};
 
 // Ctrl-C is the Stop button: the picture in hand is finished first.
 void stopOnInterrupt(int)
 {
+    interrupted = true;
     if (CreatingThumbnailsController* job = runningJob.load())
         job->stopCreatingThumbnailsButton();
     std::signal(SIGINT, SIG_DFL); // a second Ctrl-C ends Quilo at once
 }
 
-int runJob(const char* command, int kind, const Arguments& arguments, std::optional<QString> destination = {})
+int runJob(const char* command, int kind, const char* doneWith, const Arguments& arguments,
+           std::optional<QString> destination = {})
 {
     if (arguments.positionals.empty()) {
         std::fprintf(stderr, "quilo %s: name at least one picture\n", command);
@@ -56,9 +68,13 @@ int runJob(const char* command, int kind, const Arguments& arguments, std::optio
 
     QStringList paths;
     for (const std::string& path : arguments.positionals)
-        paths << QString::fromStdString(path);
+        paths << qStringFromPath(path);
     GivenSelection selection(paths);
-    TerminalJobInterface ui(command, std::move(destination), ::isatty(STDERR_FILENO) != 0);
+    const bool onTerminal = ::isatty(STDERR_FILENO) != 0;
+    TerminalJobInterface ui(command, doneWith, std::move(destination), onTerminal);
+    // The progress line shows each file; the log's line for it goes to the
+    // system log alone rather than a second time beside it.
+    const LogSink previous = onTerminal ? setLogSink(writeToSystemLog) : LogSink();
     CreatingThumbnailsController controller(ui, selection, defaults);
     runningJob = &controller;
     std::signal(SIGINT, stopOnInterrupt);
@@ -66,15 +82,25 @@ int runJob(const char* command, int kind, const Arguments& arguments, std::optio
     controller.waitUntilFinished();
     std::signal(SIGINT, SIG_DFL);
     runningJob = nullptr;
-    return ui.alerted() ? kExitFailure : kExitSuccess;
+    if (onTerminal)
+        setLogSink(previous);
+    if (ui.alerted())
+        return kExitFailure;
+    ui.printSummary();
+    if (interrupted)
+        return kExitInterrupted;
+    return ui.failures() > 0 ? kExitFailure : kExitSuccess;
 }
 
 const AcceptedArguments kJobArguments{{}, {"keep-dates", "no-keep-dates"}};
 
-int createThumbnails(const Arguments& arguments) { return runJob("create-thumbnails", kCreateThumbnails, arguments); }
+int createThumbnails(const Arguments& arguments)
+{
+    return runJob("create-thumbnails", kCreateThumbnails, "with icons", arguments);
+}
 int restoreThumbnails(const Arguments& arguments)
 {
-    return runJob("restore-thumbnails", kRestoreThumbnails, arguments);
+    return runJob("restore-thumbnails", kRestoreThumbnails, "with icons taken off", arguments);
 }
 
 int saveAsIcns(const Arguments& arguments)
@@ -86,7 +112,7 @@ int saveAsIcns(const Arguments& arguments)
     }
     if (!makeOutputDirectory("save-as-icns", *output))
         return kExitFailure;
-    return runJob("save-as-icns", kSaveAsICNS, arguments, QString::fromStdString(*output));
+    return runJob("save-as-icns", kSaveAsICNS, "done", arguments, qStringFromPath(*output));
 }
 
 const std::string kCreateHelp = std::string(R"(Usage: quilo create-thumbnails PICTURE... [--keep-dates|--no-keep-dates]

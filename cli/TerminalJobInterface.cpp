@@ -1,6 +1,11 @@
 #include "cli/TerminalJobInterface.h"
 
+#include "cli/Command.h"
+#include "cli/CustomIconProblems.h"
+#include "foundation/PathNames.h"
+
 #include <cstdio>
+#include <string>
 
 namespace quilo::cli {
 namespace {
@@ -9,8 +14,10 @@ constexpr int kBarWidth = 24;
 
 } // namespace
 
-TerminalJobInterface::TerminalJobInterface(const char* command, std::optional<QString> destination, bool onTerminal)
+TerminalJobInterface::TerminalJobInterface(const char* command, const char* doneWith,
+                                           std::optional<QString> destination, bool onTerminal)
     : command_(command)
+    , doneWith_(doneWith)
     , destination_(std::move(destination))
     , onTerminal_(onTerminal)
 {
@@ -53,6 +60,33 @@ void TerminalJobInterface::closeWindow()
     if (lineOpen_)
         std::fputc('\n', stderr);
     lineOpen_ = false;
+}
+
+void TerminalJobInterface::fileFinished(const FileOutcome& outcome)
+{
+    if (outcome.changed) {
+        ++(outcome.pictureRead ? done_ : unreadable_);
+        return;
+    }
+    ++failed_;
+    const std::filesystem::path path(pathFromQString(outcome.path));
+    std::fprintf(stderr, "%squilo %s: %s: %s\n", lineOpen_ ? "\r\033[K" : "", command_,
+                 displayPath(path.string()).c_str(), displayPath(explainCustomIconFailure(path)).c_str());
+    lineOpen_ = false;
+}
+
+void TerminalJobInterface::printSummary() const
+{
+    const int finished = done_ + unreadable_ + failed_;
+    std::string line = std::to_string(maximum_) + (maximum_ == 1 ? " picture: " : " pictures: ")
+                       + std::to_string(done_) + " " + doneWith_;
+    if (unreadable_ > 0)
+        line += ", " + std::to_string(unreadable_) + " unreadable, given clear icons";
+    if (failed_ > 0)
+        line += ", " + std::to_string(failed_) + " could not be changed";
+    if (finished < maximum_)
+        line += ", stopped after " + std::to_string(finished);
+    std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 } // namespace quilo::cli

@@ -15,12 +15,17 @@ LogSink currentSink;
 void writeToSystem(std::string_view line)
 {
     std::fprintf(stderr, "Quilo: %.*s\n", int(line.size()), line.data());
+    writeToSystemLog(line);
+}
+
+} // namespace
+
+void writeToSystemLog(std::string_view line)
+{
     static std::once_flag opened;
     std::call_once(opened, [] { openlog("Quilo", LOG_PID, LOG_USER); });
     syslog(LOG_NOTICE, "%.*s", int(line.size()), line.data());
 }
-
-} // namespace
 
 void logLine(std::string_view line)
 {

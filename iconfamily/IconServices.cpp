@@ -2,10 +2,9 @@
 
 #include "iconfamily/IcnsContainer.h"
 #include "iconfamily/IconElementTypes.h"
+#include "iconfamily/RegularFile.h"
 #include "iconfamily/Rgb32Element.h"
 
-#include <fstream>
-#include <system_error>
 
 namespace quilo {
 namespace {
@@ -89,19 +88,21 @@ OSErr setIconFamilyData(IconFamilyHandle& family, OSType type, std::span<const s
 
 OSErr readIconFile(const std::filesystem::path& path, IconFamilyHandle& family)
 {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error))
+    std::string error;
+    const FileStream file = openRegularFile(path, error);
+    if (!file)
         return fnfErr;
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
-    if (error || size < kIcnsHeaderSize || size > kMaxIconFileSize)
+    std::fseek(file.get(), 0, SEEK_END);
+    const long size = std::ftell(file.get());
+    std::rewind(file.get());
+    if (size < long(kIcnsHeaderSize) || std::uintmax_t(size) > kMaxIconFileSize)
         return paramErr;
-    std::ifstream file(path, std::ios::binary);
-    IconFamilyHandle bytes(size);
-    if (!file.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(size)))
+    IconFamilyHandle bytes(std::size_t(size), 0);
+    if (std::fread(bytes.data(), 1, bytes.size(), file.get()) != bytes.size())
         return ioErr;
     // Bytes behind the declared length are not part of the family.
     const std::uint32_t declared = readBigEndian32(bytes.data() + 4);
-    if (declared < kIcnsHeaderSize || declared > size)
+    if (declared < kIcnsHeaderSize || declared > std::uintmax_t(size))
         return paramErr;
     bytes.resize(declared);
     if (!parseIconFamily(bytes))

@@ -24,7 +24,7 @@ const std::vector<std::string>& imageFileTypes()
 {
     static const std::vector<std::string> types = lowerAndUpper({
         "jpg", "jpeg", "jpe", "jfif", "png", "gif", "webp", "tif", "tiff", "heic", "heif", "avif",
-        "svg", "svgz", "pdf", "jp2", "j2k", "jpf", "jpx", "jxl", "bmp",
+        "svg", "svgz", "pdf", "jp2", "j2k", "jpf", "jpx", "jxl", "bmp", "icns",
     });
     return types;
 }

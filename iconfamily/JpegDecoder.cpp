@@ -3,6 +3,7 @@
 #include "iconfamily/DecodeScale.h"
 #include "iconfamily/ExifOrientation.h"
 #include "iconfamily/Orientation.h"
+#include "iconfamily/PictureLoader.h"
 #include "iconfamily/ProgressiveDcDecoder.h"
 
 #include <algorithm>
@@ -97,12 +98,7 @@ struct Decompressor {
     jpeg_decompress_struct info{};
     ErrorManager errors;
     std::FILE* file = nullptr;
-    ~Decompressor()
-    {
-        jpeg_destroy_decompress(&info);
-        if (file)
-            std::fclose(file);
-    }
+    ~Decompressor() { jpeg_destroy_decompress(&info); }
 };
 
 JpegDecodeResult failed(std::string error)
@@ -117,7 +113,23 @@ struct Decoded {
     std::optional<BitmapImageRep> rep;
     int orientation = 1;
     bool notHandled = false;
+    bool tooLarge = false;
 };
+
+// A file of several scans is buffered whole as coefficients by libjpeg
+// (and by the general path, which decodes JPEGs with it too).
+bool overBudget(j_decompress_ptr info)
+{
+    if ((long long)info->image_width * info->image_height > kMaxPicturePixels)
+        return true;
+    if (!jpeg_has_multiple_scans(info))
+        return false;
+    long long bytes = 0;
+    for (int c = 0; c < info->num_components; ++c)
+        bytes += (long long)info->comp_info[c].width_in_blocks * info->comp_info[c].height_in_blocks
+                 * long(sizeof(JBLOCK));
+    return bytes > kMaxDecodeBytes;
+}
 
 bool decodeInto(Decompressor& d, int wantedSide, Decoded& decoded)
 {
@@ -128,6 +140,12 @@ bool decodeInto(Decompressor& d, int wantedSide, Decoded& decoded)
     jpeg_save_markers(&d.info, kExifMarker, 0xFFFF);
     jpeg_save_markers(&d.info, kIccMarker, 0xFFFF);
     jpeg_read_header(&d.info, TRUE);
+    if (overBudget(&d.info)) {
+        decoded.tooLarge = true;
+        return true;
+    }
+    // What the header did not foresee (markers, tables) stays bounded too.
+    d.info.mem->max_memory_to_use = kMaxDecodeBytes;
     const J_COLOR_SPACE space = d.info.jpeg_color_space;
     if (space == JCS_CMYK || space == JCS_YCCK || hasMarker(d.info, kIccMarker)) {
         decoded.notHandled = true;
@@ -157,15 +175,13 @@ bool looksLikeJpeg(std::FILE* file)
     return jpeg;
 }
 
-JpegDecodeResult decodeJpeg(const std::filesystem::path& path, int wantedSide)
+JpegDecodeResult decodeJpeg(std::FILE* file, int wantedSide)
 {
     Decompressor d;
     d.info.err = jpeg_std_error(&d.errors.base);
     d.errors.base.error_exit = onError;
     d.errors.base.emit_message = onMessage;
-    d.file = std::fopen(path.c_str(), "rb");
-    if (!d.file)
-        return failed("cannot open the file");
+    d.file = file;
     if (!endsWithEndOfImage(d.file))
         return failed("cannot decode: the file is cut short");
 
@@ -182,6 +198,9 @@ JpegDecodeResult decodeJpeg(const std::filesystem::path& path, int wantedSide)
     Decoded decoded;
     if (!decodeInto(d, wantedSide, decoded))
         return failed(std::string("cannot decode: ") + d.errors.message);
+    if (decoded.tooLarge)
+        return failed("picture too large (" + std::to_string(d.info.image_width) + " x "
+                      + std::to_string(d.info.image_height) + " pixels)");
     if (decoded.notHandled)
         return {JpegDecodeResult::Outcome::NotHandled, std::nullopt, {}};
     if (d.errors.firstWarning != 0)

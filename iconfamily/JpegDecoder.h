@@ -3,7 +3,6 @@
 #include "iconfamily/Image.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -27,8 +26,10 @@ struct JpegDecodeResult {
 
 bool looksLikeJpeg(std::FILE* file);
 
-// Decodes so the longer side keeps at least `wantedSide` pixels, upright as
-// the EXIF orientation says, as 8-bit R G B A (opaque).
-JpegDecodeResult decodeJpeg(const std::filesystem::path& path, int wantedSide);
+// Decodes the file (read from its start) so the longer side keeps at least
+// `wantedSide` pixels, upright as the EXIF orientation says, as 8-bit
+// R G B A (opaque). Pictures over the decode budget fail before any buffer
+// is made for them, those for the general path included.
+JpegDecodeResult decodeJpeg(std::FILE* file, int wantedSide);
 
 } // namespace quilo

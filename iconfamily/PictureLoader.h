@@ -8,9 +8,15 @@
 
 namespace quilo {
 
-// Pictures with more pixels than this are refused before any decoding: past
-// it even a streamed decode takes longer than anyone would wait.
+// The budget every decoder keeps to, checked against the header before any
+// buffer is made. Pictures with more pixels than this are refused: past it
+// even a streamed decode takes longer than anyone would wait.
 constexpr long long kMaxPicturePixels = 1'000'000'000;
+// A JPEG whose scans each carry part of the picture (progressive, or one
+// component a scan) is held whole as coefficients until its last scan:
+// 128 bytes a block. Past this it is refused, so a tiny file claiming a
+// huge picture cannot take gigabytes.
+constexpr long long kMaxDecodeBytes = 256LL << 20;
 
 struct PictureLoadResult {
     std::optional<Image> image;

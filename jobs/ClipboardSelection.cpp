@@ -1,5 +1,7 @@
 #include "jobs/ClipboardSelection.h"
 
+#include "foundation/PathNames.h"
+
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -21,7 +23,12 @@ QStringList localPaths(const QStringList& lines)
         if (trimmed.isEmpty() || trimmed.startsWith('#'))
             continue;
         const QUrl url(trimmed);
-        if (url.isLocalFile())
+        if (!url.isLocalFile())
+            continue;
+        // A name's bytes are percent-encoded as they are, UTF-8 or not.
+        if (url.host().isEmpty())
+            paths << qStringFromPath(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString());
+        else
             paths << url.toLocalFile();
     }
     return paths;

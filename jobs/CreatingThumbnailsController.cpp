@@ -2,6 +2,7 @@
 
 #include "foundation/LocalizedStrings.h"
 #include "foundation/Log.h"
+#include "foundation/PathNames.h"
 #include "foundation/UserDefaults.h"
 #include "iconfamily/ChangeNotifier.h"
 #include "iconfamily/ImageFileTypes.h"
@@ -41,13 +42,13 @@ QString titleForKind(int kind)
     }
 }
 
-std::filesystem::path fsPath(const QString& path) { return std::filesystem::path(path.toStdString()); }
+std::filesystem::path fsPath(const QString& path) { return std::filesystem::path(pathFromQString(path)); }
 
 // /a/b/Photo.jpg into /x gives /x/Photo.icns.
 QString icnsPathFor(const QString& picture, const QString& destination)
 {
     const std::filesystem::path name = fsPath(picture).filename();
-    return QString::fromStdString((fsPath(destination) / name.stem()).string() + ".icns");
+    return qStringFromPath((fsPath(destination) / name.stem()).string() + ".icns");
 }
 
 } // namespace
@@ -81,10 +82,16 @@ void CreatingThumbnailsController::waitUntilFinished()
         thread_.join();
 }
 
+// Files gone since they were selected (or copied) are left out, as the
+// file manager would no longer list them.
 QStringList CreatingThumbnailsController::getFinderSelections()
 {
-    QStringList paths = selection_.selectedPaths();
-    std::reverse(paths.begin(), paths.end());
+    QStringList paths;
+    for (const QString& path : selection_.selectedPaths()) {
+        std::error_code error;
+        if (std::filesystem::exists(fsPath(path), error))
+            paths.prepend(path);
+    }
     return paths;
 }
 
@@ -127,7 +134,7 @@ bool CreatingThumbnailsController::selectionIsUsable(const QStringList& paths)
         return false;
     }
     const bool allImages = std::all_of(paths.begin(), paths.end(), [](const QString& path) {
-        return isImageFileType(path.toStdString());
+        return isImageFileType(pathFromQString(path));
     });
     if (!allImages) {
         ui_.activate();
@@ -153,7 +160,7 @@ std::optional<QString> CreatingThumbnailsController::chooseDestination(const QSt
         closeWindowAndResetUI();
         return std::nullopt;
     }
-    logFormat("Saving ICNS files to: %s", chosen->toUtf8().constData());
+    logFormat("Saving ICNS files to: %s", pathFromQString(*chosen).c_str());
     return chosen;
 }
 
@@ -161,38 +168,43 @@ void CreatingThumbnailsController::processFile(Job& job, const QString& path)
 {
     const auto file = fsPath(path);
     const auto savedDate = job.maintainDates ? modificationDate(file) : std::nullopt;
-    if (isImageFileType(path.toStdString())) {
-        logFormat("Processing %s", path.toUtf8().constData());
+    if (isImageFileType(file.native())) {
+        logFormat("Processing %s", file.c_str());
         ui_.setFileName(QFileInfo(path).fileName());
-        PictureLoadResult loaded = imageWithContentsOfFile(file);
+        // Taking icons off needs no picture, and a hostile one costs nothing.
         std::shared_ptr<const Image> picture;
-        if (loaded.image)
-            picture = std::make_shared<const Image>(std::move(*loaded.image));
+        if (job.kind != kRestoreThumbnails) {
+            PictureLoadResult loaded = imageWithContentsOfFile(file);
+            if (loaded.image)
+                picture = std::make_shared<const Image>(std::move(*loaded.image));
+        }
         ui_.setPicture(picture);
         ui_.activate();
         ui_.showWindow();
+        FileOutcome outcome{path, picture != nullptr || job.kind == kRestoreThumbnails, true};
         if (job.kind == kCreateThumbnails) {
-            createThumbnail(job, path, picture.get());
+            outcome.changed = createThumbnail(job, path, picture.get());
         } else if (job.kind == kRestoreThumbnails) {
-            IconFamily::removeCustomIconFromFile(file);
+            outcome.changed = IconFamily::removeCustomIconFromFile(file);
         } else if (job.kind == kSaveAsICNS) {
             if (job.slot)
-                job.slot->writeToFile(fsPath(icnsPathFor(path, job.destination)));
+                outcome.changed = job.slot->writeToFile(fsPath(icnsPathFor(path, job.destination)));
             if (defaults_.boolForKey(RTZCreateThumbnailsForNewICNSFilesKey))
-                createThumbnail(job, path, picture.get());
+                outcome.changed = createThumbnail(job, path, picture.get()) && outcome.changed;
         }
         changeNotifier().noteFileSystemChanged(file);
+        ui_.fileFinished(outcome);
     }
     if (savedDate)
         setModificationDate(file, *savedDate);
 }
 
-// A picture that could not be read leaves the slot empty and the file alone.
-void CreatingThumbnailsController::createThumbnail(Job& job, const QString& path, const Image* picture)
+// A picture that could not be read gets clear thumbnails, which fill the
+// slot like any others.
+bool CreatingThumbnailsController::createThumbnail(Job& job, const QString& path, const Image* picture)
 {
-    job.slot = picture ? IconFamily::iconFamilyWithThumbnailsOfImage(*picture) : nullptr;
-    if (job.slot)
-        job.slot->setAsCustomIconForFile(fsPath(path));
+    job.slot = IconFamily::iconFamilyWithThumbnailsOfImage(picture ? *picture : Image());
+    return job.slot->setAsCustomIconForFile(fsPath(path));
 }
 
 void CreatingThumbnailsController::closeWindowAndResetUI()

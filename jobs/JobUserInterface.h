@@ -19,6 +19,13 @@ struct FolderPanelRequest {
     bool canCreateDirectories = true;
 };
 
+// What became of one file of a job.
+struct FileOutcome {
+    QString path;
+    bool pictureRead = true; // false: it was given clear thumbnails
+    bool changed = true;     // false: its icon or .icns file could not be written
+};
+
 // How a job reaches its user: the progress window's controls, alerts, the
 // folder panel, a beep. The job calls it from its own thread; a graphical
 // interface hands the calls to its GUI thread, blocking for the modal ones.
@@ -43,6 +50,8 @@ public:
     virtual void setPicture(std::shared_ptr<const Image> picture) = 0;
     virtual void setProgressMaximum(double maximum) = 0;
     virtual void setProgressValue(double value) = 0;
+    // After each file's work; the window has nothing to say about it.
+    virtual void fileFinished(const FileOutcome&) {}
 };
 
 } // namespace quilo

@@ -14,13 +14,17 @@ namespace {
 
 using vips::VImage;
 
-enum class Loader { Jpeg, Webp, Heif, Vector, Other };
+enum class Loader { Jpeg, Png, Tiff, Webp, Heif, Vector, Other };
 
 Loader loaderKind(const char* name)
 {
     const std::string loader = name;
     if (loader.rfind("VipsForeignLoadJpeg", 0) == 0)
         return Loader::Jpeg;
+    if (loader.rfind("VipsForeignLoadPng", 0) == 0)
+        return Loader::Png;
+    if (loader.rfind("VipsForeignLoadTiff", 0) == 0)
+        return Loader::Tiff;
     if (loader.rfind("VipsForeignLoadWebp", 0) == 0)
         return Loader::Webp;
     if (loader.rfind("VipsForeignLoadHeif", 0) == 0)
@@ -46,12 +50,15 @@ bool swapsAxes(const VImage& image)
 VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage& header, int wanted)
 {
     const int longer = std::max(header.width(), header.height());
+    // A sliver of a picture keeps a pixel across: the fit decides what shows.
+    const double scale = std::max(double(wanted) / std::max(longer, 1),
+                                  1.0 / std::max(std::min(header.width(), header.height()), 1));
     switch (kind) {
     case Loader::Jpeg:
         return open(path, VImage::option()->set("shrink", jpegScaleDenominator(longer, wanted)));
     case Loader::Webp:
-        if (longer > wanted)
-            return open(path, VImage::option()->set("scale", double(wanted) / longer));
+        if (scale < 1)
+            return open(path, VImage::option()->set("scale", scale));
         break;
     case Loader::Heif: {
         // Photos carry a preview; it serves when it is large enough.
@@ -60,13 +67,35 @@ VImage openReduced(const std::filesystem::path& path, Loader kind, const VImage&
             return preview;
         break;
     }
-    case Loader::Vector: {
-        const double scale = double(wanted) / std::max(longer, 1);
+    case Loader::Vector:
         return open(path, VImage::option()->set("scale", scale));
-    }
     case Loader::Other: break;
     }
     return open(path, VImage::option());
+}
+
+// Whether the decoder hands out rows as it reads them, so shrinking on the
+// way keeps memory small. Others (GIF, interlaced PNG, BMP, HEIF without a
+// preview, ...) decode the whole picture, as opened, before the first row.
+bool streams(Loader kind, const VImage& header)
+{
+    switch (kind) {
+    case Loader::Png:
+        return !(header.get_typeof("interlaced") && header.get_int("interlaced"));
+    case Loader::Jpeg: // a JPEG that libjpeg would buffer never reaches here
+    case Loader::Tiff:
+    case Loader::Webp:   // decoded at its reduced scale
+    case Loader::Vector: // drawn at its reduced scale
+        return true;
+    default:
+        return false;
+    }
+}
+
+long long bytesOf(const VImage& image)
+{
+    return (long long)image.width() * image.height() * image.bands()
+           * (long long)vips_format_sizeof(image.format());
 }
 
 // Box-reduces by a whole factor while streaming, so a huge picture is never
@@ -76,7 +105,8 @@ VImage boxReduced(VImage image, int wanted)
     const int factor = boxReductionFactor(std::max(image.width(), image.height()), wanted);
     if (factor < 2)
         return image;
-    return image.shrink(factor, factor);
+    // Never below one pixel across, however thin the picture.
+    return image.shrink(std::min(factor, image.width()), std::min(factor, image.height()));
 }
 
 BitmapImageRep premultipliedRep(const VImage& image)
@@ -108,7 +138,11 @@ PictureLoadResult load(const std::filesystem::path& path, int forIconWidth)
         return failure("picture too large (" + std::to_string(header.width()) + " x "
                        + std::to_string(header.height()) + " pixels)");
     const int wanted = 2 * forIconWidth;
-    VImage image = boxReduced(openReduced(path, kind, header, wanted), wanted);
+    const VImage opened = openReduced(path, kind, header, wanted);
+    if (!streams(kind, header) && bytesOf(opened) > kMaxDecodeBytes)
+        return failure("picture too large (" + std::to_string(header.width()) + " x "
+                       + std::to_string(header.height()) + " pixels)");
+    VImage image = boxReduced(opened, wanted);
     image = toSrgb8WithAlpha(image).copy_memory().autorot();
 
     Image picture;

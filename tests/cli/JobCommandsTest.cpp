@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <set>
 #include <cstdio>
@@ -46,7 +45,18 @@ TEST_F(JobCommands, EveryJobRunsAndWalksTheSelectionBackwards)
     const Outcome created = quilo("create-thumbnails" + picturesArgument({"a.jpg", "b.jpg"}));
     EXPECT_EQ(created.status, 0) << created.output;
     EXPECT_LT(created.output.find("[1/2] b.jpg"), created.output.find("[2/2] a.jpg")) << created.output;
+    EXPECT_TRUE(contains(created, "\n2 pictures: 2 with icons\n")) << created.output;
     EXPECT_TRUE(hasIcon("a.jpg") && hasIcon("b.jpg"));
+    // A name that is not UTF-8 is a name like any other.
+    fs::copy_file(directory_ / "a.jpg", directory_ / "bad\xFF\xFE.jpg");
+    EXPECT_EQ(quilo("create-thumbnails" + picturesArgument({"bad\xFF\xFE.jpg"})).status, 0);
+    EXPECT_TRUE(hasIcon("bad\xFF\xFE.jpg"));
+    // On a terminal the progress line names each file; the log does not
+    // name it a second time.
+    const Outcome onTerminal = shell("script -qec '" + std::string(QUILO_BINARY) + " create-thumbnails" +
+                                     picturesArgument({"a.jpg"}) + "' /dev/null");
+    EXPECT_TRUE(contains(onTerminal, "1 picture: 1 with icons") && !contains(onTerminal, "Processing"))
+        << onTerminal.output;
 
     const Outcome restored = quilo("restore-thumbnails" + picturesArgument({"a.jpg", "b.jpg"}));
     EXPECT_EQ(restored.status, 0) << restored.output;
@@ -87,15 +97,19 @@ TEST_F(JobCommands, AReadOnlyFolderLeavesEveryFileAsItWas)
     fs::permissions(directory_ / "locked", fs::perms(0555));
     // Root writes anywhere: the job then runs as nobody.
     const std::string asUser = ::geteuid() == 0 ? "runuser -u nobody -- " : "";
-    const std::string line = asUser + QUILO_BINARY + " create-thumbnails " + quoted(directory_ / "locked/a.jpg") + " " +
-                             quoted(directory_ / "locked/b.jpg") + " >/dev/null 2>&1";
-    EXPECT_EQ(std::system(line.c_str()), 0) << "the job runs; the failures are the files' own";
+    const Outcome locked = shell(asUser + QUILO_BINARY + " create-thumbnails " + quoted(directory_ / "locked/a.jpg") +
+                                 " " + quoted(directory_ / "locked/b.jpg") + " 2>&1");
+    EXPECT_EQ(locked.status, 1) << "the job runs; the failures are the files' own";
+    EXPECT_TRUE(contains(locked, "quilo create-thumbnails: " + (directory_ / "locked/a.jpg").string() + ": ")
+                && contains(locked, "\n2 pictures: 0 with icons, 2 could not be changed\n"))
+        << locked.output;
     EXPECT_EQ(directoryListing(directory_ / "locked"), (std::set<std::string>{"a.jpg", "b.jpg"}));
     EXPECT_EQ(readFileBytes(directory_ / "locked/a.jpg"), before);
     fs::permissions(directory_ / "locked", fs::perms(0755));
 }
 
-// Ctrl-C is the Stop button: the picture in hand is finished, no other is begun.
+// Ctrl-C is the Stop button: the picture in hand is finished, no other is
+// begun, and the summary says how far the job got.
 TEST_F(JobCommands, InterruptStopsBetweenPictures)
 {
     std::vector<std::string> names;
@@ -103,38 +117,18 @@ TEST_F(JobCommands, InterruptStopsBetweenPictures)
         names.push_back("p" + std::to_string(i) + ".jpg");
         fs::copy_file(kSamples / "hills.jpg", directory_ / names.back());
     }
-    std::string command = std::string(QUILO_BINARY) + " create-thumbnails" + picturesArgument(names) + " 2>&1";
-    int pipeEnds[2];
-    ASSERT_EQ(::pipe(pipeEnds), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(pipeEnds[1], STDOUT_FILENO);
-        ::close(pipeEnds[0]);
-        ::execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
-        ::_exit(127);
-    }
-    ::close(pipeEnds[1]);
-    std::string output;
-    char buffer[256];
-    bool interrupted = false;
-    for (ssize_t got; (got = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
-        output.append(buffer, std::size_t(got));
-        if (!interrupted && output.find("[2/40]") != std::string::npos) {
-            ::kill(child, SIGINT);
-            interrupted = true;
-        }
-    }
-    ::close(pipeEnds[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << output;
-    int started = 0, iconed = 0;
-    for (std::size_t at = 0; (at = output.find("Processing ", at)) != std::string::npos; ++at)
-        ++started;
+    const std::string log = quoted(directory_ / "log");
+    const Outcome outcome = shell(std::string(QUILO_BINARY) + " create-thumbnails" + picturesArgument(names) + " 2>" +
+                                  log + " & until grep -q '\\[2/40\\]' " + log + "; do sleep 0.01; done; kill -INT $!;" +
+                                  " wait $!; echo status $?; cat " + log);
+    int iconed = 0, done = 0, stoppedAfter = 0;
     for (const std::string& name : names)
         iconed += hasIcon(name.c_str());
-    EXPECT_LT(started, 40) << output;
-    EXPECT_EQ(iconed, started) << "every picture begun was finished";
+    const auto summary = outcome.output.find("40 pictures: ");
+    ASSERT_NE(summary, std::string::npos) << outcome.output;
+    std::sscanf(outcome.output.c_str() + summary, "40 pictures: %d with icons, stopped after %d", &done, &stoppedAfter);
+    EXPECT_TRUE(contains(outcome, "status 130\n")) << outcome.output;
+    EXPECT_TRUE(iconed == done && done == stoppedAfter && done < 40) << outcome.output;
 }
 
 // A file-manager action's request (run for real by the file-manager tests)

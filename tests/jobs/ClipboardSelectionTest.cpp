@@ -1,4 +1,5 @@
 // What file managers put on the clipboard, turned into a selection.
+#include "foundation/PathNames.h"
 #include "jobs/ClipboardSelection.h"
 
 #include <gtest/gtest.h>
@@ -20,8 +21,11 @@ TEST(ClipboardSelection, TakesLocalFilesFromAUriListInItsOrder)
     const QStringList paths = pathsFrom("text/uri-list", "# copied by a file manager\r\n"
                                                          "file:///home/ann/My%20Photos/b%C3%A9b%C3%A9.jpg\r\n"
                                                          "https://example.org/remote.jpg\r\n"
-                                                         "file:///home/ann/a.png\r\n");
-    EXPECT_EQ(paths, (QStringList{"/home/ann/My Photos/bébé.jpg", "/home/ann/a.png"}));
+                                                         "file:///home/ann/a.png\r\n"
+                                                         "file:///home/ann/bad%FF%FE.jpg\r\n");
+    ASSERT_EQ(paths.size(), 3);
+    EXPECT_EQ(paths.mid(0, 2), (QStringList{"/home/ann/My Photos/bébé.jpg", "/home/ann/a.png"}));
+    EXPECT_EQ(pathFromQString(paths[2]), "/home/ann/bad\xFF\xFE.jpg") << "a name that is not UTF-8, byte for byte";
 }
 
 TEST(ClipboardSelection, ReadsGnomesCopiedFilesAndNothingElse)

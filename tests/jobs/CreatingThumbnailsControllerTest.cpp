@@ -3,6 +3,8 @@
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
 #include "iconfamily/AppleDouble.h"
+#include "iconfamily/IconElementTypes.h"
+#include "iconfamily/IconServices.h"
 #include "iconfamily/IconFamily.h"
 #include "jobs/CreatingThumbnailsController.h"
 #include "jobs/ModificationDate.h"
@@ -14,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -89,11 +92,15 @@ TEST_F(ThumbnailJob, CreatesIconsInReverseSelectionOrderWithTheBarAheadOfEachFil
 
 TEST_F(ThumbnailJob, NothingSelectedAlertsAndNeverShowsTheWindow)
 {
-    run(kCreateThumbnails, {});
-    EXPECT_EQ(ui_.calls(), (QStringList{"activate", "beep",
-                                        "alert No Image Files Selected | Please select (highlight) one or more image "
-                                        "files in the Finder before using Quilo. | OK",
-                                        "close", "picture none", "progress 0"}));
+    const QString gone = QString::fromStdString((directory_ / "gone.jpg").string());
+    for (const QStringList& selection : {QStringList(), QStringList{gone}}) {
+        const qsizetype before = ui_.calls().size();
+        run(kCreateThumbnails, selection);
+        EXPECT_EQ(ui_.calls().mid(before), (QStringList{"activate", "beep",
+                                            "alert No Image Files Selected | Please select (highlight) one or more "
+                                            "image files in the Finder before using Quilo. | OK",
+                                            "close", "picture none", "progress 0"}));
+    }
 }
 
 TEST_F(ThumbnailJob, OneFileThatIsNoPictureAbandonsTheWholeJobAndFreesTheDriverAtOnce)
@@ -121,11 +128,13 @@ TEST_F(ThumbnailJob, OneFileThatIsNoPictureAbandonsTheWholeJobAndFreesTheDriverA
     EXPECT_TRUE(hasCustomIcon(selection.first()));
 }
 
+// b cannot be read: it gets clear thumbnails, which fill the slot like any.
 TEST_F(ThumbnailJob, SaveAsIcnsWritesEachFileTheFamilyOfTheOneBefore)
 {
     // Selected c, b, a: done a, b, c.
     const QStringList selection = pictures({"c.png", "b.png", "a.png"}, "gradient.png");
     pictures({"c.png"}, "gradient-alpha.png");
+    test::writeFileBytes(selection[1].toStdString(), Bytes{0x89, 'P', 'N', 'G'});
     const fs::path out = directory_ / "out";
     fs::create_directory(out);
     ui_.panelAnswer = QString::fromStdString(out.string());
@@ -133,11 +142,15 @@ TEST_F(ThumbnailJob, SaveAsIcnsWritesEachFileTheFamilyOfTheOneBefore)
 
     EXPECT_FALSE(fs::exists(out / "a.icns")) << "the slot was empty for the first";
     const auto iconOf = [&](const char* name) {
-        return IconFamily::iconFamilyWithIconOfFile(directory_ / name)->iconFamilyHandle();
+        const auto family = IconFamily::iconFamilyWithIconOfFile(directory_ / name);
+        return family ? family->iconFamilyHandle() : IconFamilyHandle();
     };
     EXPECT_EQ(test::readFileBytes(out / "b.icns"), iconOf("a.png"));
     EXPECT_EQ(test::readFileBytes(out / "c.icns"), iconOf("b.png"));
-    EXPECT_NE(iconOf("c.png"), iconOf("b.png")) << "c has its own thumbnails";
+    std::vector<std::uint8_t> mask;
+    ASSERT_EQ(getIconFamilyData(iconOf("b.png"), kThumbnail8BitMask, mask), noErr);
+    EXPECT_EQ(std::count(mask.begin(), mask.end(), 0), long(mask.size())) << "b's thumbnails are clear";
+    EXPECT_NE(iconOf("c.png"), iconOf("a.png")) << "c has its own thumbnails";
     EXPECT_EQ(ui_.lastPanel().title, "Where would you like to save your new .icns files?");
     EXPECT_EQ(ui_.lastPanel().prompt, "Choose");
     EXPECT_EQ(ui_.lastPanel().startFolder.toStdString(), directory_.path().string()) << "the first path's folder";
@@ -163,15 +176,6 @@ TEST_F(ThumbnailJob, ACancelledPanelWritesNothing)
     EXPECT_EQ(log_.lines(), (std::vector<std::string>{"Canceled creating ICNS files."}));
     EXPECT_EQ(ui_.calls(), (QStringList{"activate", "panel", "close", "picture none", "progress 0"}));
     EXPECT_FALSE(hasCustomIcon(selection[0]));
-}
-
-TEST_F(ThumbnailJob, RestoreTakesTheIconsOffAgain)
-{
-    const QStringList selection = pictures({"a.jpg", "b.jpg"});
-    run(kCreateThumbnails, selection);
-    run(kRestoreThumbnails, selection);
-    EXPECT_FALSE(hasCustomIcon(selection[0]) || hasCustomIcon(selection[1]));
-    EXPECT_TRUE(ui_.calls().contains("title Restoring Thumbnails..."));
 }
 
 TEST_F(ThumbnailJob, StopFinishesTheFileInHandWithItsDateAndStartsNoOther)
@@ -212,16 +216,6 @@ TEST_F(ThumbnailJob, StopFinishesTheFileInHandWithItsDateAndStartsNoOther)
     EXPECT_EQ(processed().size(), 13u);
 }
 
-TEST_F(ThumbnailJob, DatesAreLeftAsTheWorkLeftThemWhenNotMaintained)
-{
-    defaults_.setBool(false, RTZMaintainImageModificationDatesKey);
-    const QStringList selection = pictures({"a.jpg"});
-    setModificationDate(selection[0].toStdString(), {1000000000, 0});
-    ui_.onShowWindow = [&](int) { ::utimensat(AT_FDCWD, selection[0].toUtf8().constData(), nullptr, 0); };
-    run(kCreateThumbnails, selection);
-    EXPECT_GT(modificationDate(selection[0].toStdString())->tv_sec, 1000000000);
-}
-
 TEST_F(ThumbnailJob, ASecondStartWhileAJobRunsIsIgnored)
 {
     const QStringList selection = pictures({"a.jpg", "b.jpg"});
@@ -238,21 +232,18 @@ TEST_F(ThumbnailJob, ASecondStartWhileAJobRunsIsIgnored)
     EXPECT_TRUE(hasCustomIcon(selection[0]) && hasCustomIcon(selection[1]));
 }
 
-TEST_F(ThumbnailJob, UnreadablePicturesArePassedOverAndNoPicturesBytesChange)
+// A file gone since it was selected is left out; an .icns file is a
+// picture; taking icons off reads no picture; no picture's bytes change.
+TEST_F(ThumbnailJob, GoneFilesAreLeftOutAndIconFilesArePictures)
 {
-    const QStringList selection = pictures({"a.jpg", "b.jpg", "c.jpg"});
-    const Bytes broken{0xFF, 0xD8, 0xFF, 0xE0, 0, 0x10, 'J', 'F', 'I', 'F'};
-    test::writeFileBytes(selection[1].toStdString(), broken);
-    const Bytes good = test::readFileBytes(selection[0].toStdString());
-    run(kCreateThumbnails, selection);
+    const QStringList selection = pictures({"a.jpg"}) + pictures({"b.icns"}, "../../../samples/pillow.icns")
+                                  + QStringList{QString::fromStdString((directory_ / "gone.jpg").string())};
     run(kRestoreThumbnails, selection);
+    EXPECT_TRUE(ui_.calls().filter(QRegularExpression("^picture [0-9]")).isEmpty());
     run(kCreateThumbnails, selection);
-    EXPECT_TRUE(hasCustomIcon(selection[0]) && hasCustomIcon(selection[2]));
-    EXPECT_FALSE(hasCustomIcon(selection[1]));
-    EXPECT_FALSE(fs::exists(directory_ / "._b.jpg"));
-    EXPECT_EQ(test::readFileBytes(selection[0].toStdString()), good);
-    EXPECT_EQ(test::readFileBytes(selection[1].toStdString()), broken);
-    EXPECT_EQ(test::readFileBytes(selection[2].toStdString()), good);
+    EXPECT_EQ(processed(), (std::vector<std::string>{"b.icns", "a.jpg", "b.icns", "a.jpg"}));
+    EXPECT_TRUE(hasCustomIcon(selection[0]) && hasCustomIcon(selection[1]));
+    EXPECT_EQ(test::readFileBytes(selection[1].toStdString()), test::readFileBytes(kPictures / "../../../samples/pillow.icns"));
 }
 
 } // namespace

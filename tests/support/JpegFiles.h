@@ -32,6 +32,7 @@ struct JpegLayout {
     std::vector<jpeg_scan_info> scans; // none: libjpeg's own progression
     unsigned restartInterval = 0;      // in MCUs
     bool storeRgb = false;             // as RGB rather than YCbCr
+    bool arithmetic = false;           // arithmetic coding rather than Huffman
     int firstComponentId = 1;          // the others count on from it
     std::vector<std::pair<int, std::vector<std::uint8_t>>> markers; // written after the tables
 };
@@ -101,6 +102,7 @@ inline std::vector<std::uint8_t> writeJpeg(const JpegLayout& layout)
         c.num_scans = int(layout.scans.size());
     }
     c.restart_interval = layout.restartInterval;
+    c.arith_code = layout.arithmetic;
     jpeg_start_compress(&c, TRUE);
     for (const auto& [marker, data] : layout.markers)
         jpeg_write_marker(&c, marker, data.data(), unsigned(data.size()));

@@ -146,17 +146,5 @@ TEST(ThumbnailFamily, HasTheTenElementsInOrderAndSmallSizesFromTheThumbnail)
     EXPECT_EQ(mask, *fromThumbnail);
 }
 
-TEST(ThumbnailFamily, APictureTooThinToDrawGivesClearThumbnails)
-{
-    const auto family = IconFamily::iconFamilyWithThumbnailsOfImage(solidPicture(4000, 1));
-    for (OSType mask : {kThumbnail8BitMask, kLarge8BitMask, kSmall8BitMask}) {
-        std::vector<std::uint8_t> data;
-        ASSERT_EQ(getIconFamilyData(family->iconFamilyHandle(), mask, data), noErr);
-        EXPECT_EQ(std::count(data.begin(), data.end(), 0), long(data.size()));
-    }
-    const auto empty = IconFamily::iconFamilyWithThumbnailsOfImage(Image());
-    EXPECT_EQ(parseIconFamily(empty->iconFamilyHandle())->size(), 10u);
-}
-
 } // namespace
 } // namespace quilo
