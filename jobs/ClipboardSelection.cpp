@@ -26,10 +26,12 @@ QStringList localPaths(const QStringList& lines)
         if (!url.isLocalFile())
             continue;
         // A name's bytes are percent-encoded as they are, UTF-8 or not.
-        if (url.host().isEmpty())
-            paths << qStringFromPath(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString());
-        else
-            paths << url.toLocalFile();
+        const QString path = url.host().isEmpty()
+            ? qStringFromPath(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString())
+            : url.toLocalFile();
+        // No file's name holds a NUL: opened, the path would name another file.
+        if (!path.isEmpty() && !path.contains(QChar(0)))
+            paths << path;
     }
     return paths;
 }
