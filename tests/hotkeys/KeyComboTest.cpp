@@ -53,18 +53,6 @@ TEST_F(KeyComboTest, DisplayIsGlyphsInCommandOptionControlShiftOrderThenTheKey)
     EXPECT_EQ(KeyCombo::stringForKeyCode(300), "12C") << "a code the list does not name";
 }
 
-// Every key of a US keyboard has its name.
-TEST_F(KeyComboTest, KeyNameListCoversTheUsKeyboard)
-{
-    const QVariantMap* names = KeyCombo::keyCodesDictionary();
-    ASSERT_TRUE(names);
-    for (int code = 0; code <= 126; ++code) {
-        const bool unused = code == 66 || code == 68 || code == 70 || code == 77 || (code >= 93 && code <= 95) ||
-                            code == 102 || code == 104 || code == 108 || code == 112;
-        EXPECT_EQ(names->contains(QString::number(code)), !unused) << code;
-    }
-}
-
 TEST_F(KeyComboTest, WithoutTheListKeysShowAsHexadecimal)
 {
     KeyCombo::setKeyCodesResource("/nonexistent/KeyCodes.plist");
