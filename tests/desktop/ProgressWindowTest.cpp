@@ -7,7 +7,6 @@
 #include "iconfamily/IconFamily.h"
 #include "jobs/CreatingThumbnailsController.h"
 #include "jobs/FolderPanel.h"
-#include "jobs/ModificationDate.h"
 #include "jobs/WindowJobInterface.h"
 #include "tests/desktop/DesktopUser.h"
 #include "tests/support/Files.h"
@@ -85,11 +84,7 @@ protected:
 
 TEST_F(JobWindow, StopOnTheRealWindowEndsTheJobAfterTheFileInHand)
 {
-    defaults_.setBool(true, RTZMaintainImageModificationDatesKey);
     const QStringList paths = slowPictures(40);
-    const timespec date{978'307'200, 123'456'789};
-    for (const QString& path : paths)
-        ASSERT_TRUE(setModificationDate(path.toStdString(), date));
     CreatingThumbnailsWindow* window = &ui_.window();
     auto* bar = window->findChild<QProgressBar*>("progressIndicator");
     auto* stop = window->findChild<QPushButton*>("stopButton");
@@ -117,12 +112,8 @@ TEST_F(JobWindow, StopOnTheRealWindowEndsTheJobAfterTheFileInHand)
         EXPECT_EQ(bar->value(), 0);
     });
     int done = 0;
-    for (const QString& path : paths) {
-        if (IconFamily::iconFamilyWithIconOfFile(path.toStdString()))
-            ++done;
-        const timespec now = *modificationDate(path.toStdString());
-        EXPECT_TRUE(now.tv_sec == date.tv_sec && now.tv_nsec == date.tv_nsec) << path.toStdString();
-    }
+    for (const QString& path : paths)
+        done += IconFamily::iconFamilyWithIconOfFile(path.toStdString()) != nullptr;
     EXPECT_GE(done, 2);
     EXPECT_LT(done, 40) << "Stop came too late to show";
 }
