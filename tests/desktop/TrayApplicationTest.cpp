@@ -257,26 +257,6 @@ TEST_F(TrayApplication, HotKeysRunTheirJobsWhileAnotherWindowHasTheFocus)
     EXPECT_TRUE(quilo->waitForLog("Canceled creating ICNS files.")) << quilo->log();
 }
 
-// A combination another program holds stays with it: Quilo takes nothing.
-TEST_F(TrayApplication, HotKeyHeldByAnotherProgramStaysWithIt)
-{
-    ChildProgram grabber({QUILO_KEY_GRABBER}, log("grabber"), environment());
-    ASSERT_TRUE(grabber.waitForLog("grabbed\n")) << grabber.log();
-    auto quilo = startQuilo();
-    ASSERT_TRUE(quilo->waitForLog("Hello from Quilo")) << quilo->log();
-    const fs::path file = picture("held.jpg");
-    copyFiles({file});
-
-    pressKey("super+shift+t");
-    ASSERT_TRUE(grabber.waitForLog("pressed\n")) << "the other program lost its hot key";
-    // Quilo's other hot key still works, and by then the first press would
-    // have started a job.
-    pressKey("super+alt+shift+t");
-    ASSERT_TRUE(quilo->waitForLog("Processing " + file.string())) << quilo->log();
-    EXPECT_FALSE(hasCustomIcon(file)) << "Quilo ran Create Thumbnails on a key it could not have";
-    EXPECT_EQ(grabber.log(), "grabbed\npressed\n");
-}
-
 // Started before the tray (at login), Quilo shows its icon once the tray is up.
 TEST_F(TrayApplication, IconAppearsWhenTheTrayStartsAfterQuilo)
 {
