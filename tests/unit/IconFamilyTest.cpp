@@ -140,14 +140,6 @@ TEST(IconFamilyFile, MissingOrForeignFilesGiveNull)
     EXPECT_FALSE(IconFamily::iconFamilyWithContentsOfFile(directory / "fake.icns"));
 }
 
-TEST(IconFamilyHandle, IsTakenOverWithoutACopy)
-{
-    IconFamilyHandle block = {'i', 'c', 'n', 's', 0, 0, 0, 8};
-    const std::uint8_t* storage = block.data();
-    const auto family = IconFamily::iconFamilyWithIconFamilyHandle(std::move(block));
-    EXPECT_EQ(family->iconFamilyHandle().data(), storage);
-}
-
 TEST(IconFamilyImage, HasOneRepresentationPerPictureElement)
 {
     const std::pair<OSType, int> elements[] = {
