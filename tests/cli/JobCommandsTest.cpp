@@ -103,31 +103,14 @@ TEST_F(JobCommands, InterruptStopsBetweenPictures)
         names.push_back("p" + std::to_string(i) + ".jpg");
         fs::copy_file(kSamples / "hills.jpg", directory_ / names.back());
     }
-    std::string command = std::string(QUILO_BINARY) + " create-thumbnails" + picturesArgument(names) + " 2>&1";
-    int pipeEnds[2];
-    ASSERT_EQ(::pipe(pipeEnds), 0);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::dup2(pipeEnds[1], STDOUT_FILENO);
-        ::close(pipeEnds[0]);
-        ::execl("/bin/sh", "sh", "-c", ("exec " + command).c_str(), nullptr);
-        ::_exit(127);
-    }
-    ::close(pipeEnds[1]);
-    std::string output;
-    char buffer[256];
-    bool interrupted = false;
-    for (ssize_t got; (got = ::read(pipeEnds[0], buffer, sizeof buffer)) > 0;) {
-        output.append(buffer, std::size_t(got));
-        if (!interrupted && output.find("[2/40]") != std::string::npos) {
-            ::kill(child, SIGINT);
-            interrupted = true;
-        }
-    }
-    ::close(pipeEnds[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << output;
+    std::vector<std::string> command{QUILO_BINARY, "create-thumbnails"};
+    for (const std::string& name : names)
+        command.push_back(directory_ / name);
+    ChildProgram job(command, directory_ / "job.log");
+    ASSERT_TRUE(job.waitForLog("[2/40]", 60)) << job.log();
+    ::kill(job.pid(), SIGINT);
+    ASSERT_EQ(job.waitForExit(60'000), std::optional(0)) << job.log();
+    const std::string output = job.log();
     int started = 0, iconed = 0;
     for (std::size_t at = 0; (at = output.find("Processing ", at)) != std::string::npos; ++at)
         ++started;
