@@ -60,12 +60,9 @@ public:
     virtual OSErr removeItem(const std::filesystem::path& item) = 0;
 };
 
-// The store every custom-icon operation uses: the platform's, unless a test
-// put another in its place.
+// The store every custom-icon operation uses: the platform's.
 ForkStore& forkStore();
 // The platform's own, made on first use.
 ForkStore& platformForkStore();
-// Puts another store in its place (a test's), or the platform's back (null).
-void replaceForkStore(ForkStore* store);
 
 } // namespace quilo

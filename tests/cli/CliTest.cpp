@@ -83,24 +83,6 @@ TEST_F(ExtractedFamily, InfoListsEveryElement)
     EXPECT_NE(info.output.find("ICN#"), std::string::npos);
 }
 
-TEST_F(ExtractedFamily, ExtractWritesOnePngPerElementWithMasksApplied)
-{
-    const auto output = directory_ / "out";
-    const Outcome extract = quilo("extract " + quoted(directory_ / "family.icns") + " --output " + quoted(output));
-    ASSERT_EQ(extract.status, 0) << extract.output;
-    for (const char* name : {"il32.png", "l8mk.png", "icl8.png", "ICN#.png"})
-        EXPECT_TRUE(std::filesystem::exists(output / name)) << name;
-
-    ASSERT_TRUE(ensureVipsStarted());
-    const vips::VImage png = vips::VImage::new_from_file((output / "il32.png").c_str());
-    ASSERT_EQ(png.bands(), 4);
-    std::size_t size = 0;
-    void* pixels = png.write_to_memory(&size);
-    const auto expected = family_.bitmapImageRepWithAlphaForIconFamilyElement(kLarge32BitData);
-    EXPECT_TRUE(std::ranges::equal(std::span(static_cast<const std::uint8_t*>(pixels), size), expected->bytes()));
-    g_free(pixels);
-}
-
 const std::filesystem::path kPictures = std::filesystem::path(QUILO_SOURCE_DIR) / "tests/fixtures/pictures";
 
 TEST(QuiloIcns, MakesOneFamilyPerPictureAndTheSameBytesOnAnyNumberOfCores)

@@ -160,9 +160,8 @@ TEST_F(FileManagerActions, AFileThatCannotBeWrittenIsNamedAndNothingIsLeftHalfDo
 
 // The entries run for real: the Nautilus script (given names relative to
 // the folder shown) and the Nemo actions hand the pictures in a folder with
-// a space in its name to the running Quilo. The jobs it is handed, run here
-// on the terminal in its stead, give the pictures their icons and take them
-// off again.
+// a space in its name to the running Quilo. (What the jobs then do is the
+// job commands' part.)
 TEST_F(FileManagerActions, TheEntriesHandTheSelectedPicturesToTheRunningQuilo)
 {
     const fs::path folder = directory_ / "Holiday Pictures";
@@ -172,12 +171,6 @@ TEST_F(FileManagerActions, TheEntriesHandTheSelectedPicturesToTheRunningQuilo)
     fs::copy_file(kSamples / "lighthouse.png", folder / names[1]);
     ASSERT_EQ(run("install-file-manager-actions --for nautilus,nemo").status, 0);
     const std::string session = environment() + " export PATH=/usr/bin:/bin QT_QPA_PLATFORM=offscreen;";
-    auto iconsAre = [&](const char* state) {
-        for (const std::string& name : names) {
-            EXPECT_TRUE(contains(quilo("info " + sq(folder / name)), std::string("custom icon: ") + state)) << name;
-            EXPECT_EQ(fs::exists(folder / ("._" + name)), std::string(state) == "yes") << name;
-        }
-    };
 
     CoreApplication application;
     TestSession instanceSession;
@@ -199,22 +192,19 @@ TEST_F(FileManagerActions, TheEntriesHandTheSelectedPicturesToTheRunningQuilo)
         for (const QString& path : job.paths)
             handed += " " + sq(path.toStdString());
         EXPECT_EQ(handed, paths) << "whole paths, in the file manager's order";
-        EXPECT_EQ(quilo(action.word + handed).status, 0);
     };
 
     entryRan(" cd " + sq(folder) + " && " + sq(script("nautilus", kActions[0])) + " " + sq(names[0]) + " "
                  + sq(names[1]),
              kActions[0]);
-    iconsAre("yes");
 
     std::string selection;
     for (const std::string& name : names)
         selection += " " + sq(folder / name);
-    for (const auto& [action, state] : {std::pair{kActions[1], "no"}, std::pair{kActions[0], "yes"}}) {
+    for (const Action& action : {kActions[1], kActions[0]}) {
         std::string line = nemoExec(action);
         line.replace(line.find("%F"), 2, selection);
         entryRan(" cd " + sq(home_) + " && " + line, action);
-        iconsAre(state);
     }
 }
 

@@ -23,14 +23,6 @@ inline const std::vector<Action> kActions{{"Create Thumbnails", "create-thumbnai
                                           {"Restore Thumbnails", "restore-thumbnails"},
                                           {"Save as ICNS Files", "save-as-icns"}};
 
-inline std::string sq(const std::string& word)
-{
-    std::string quoted = "'";
-    for (const char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
-}
-
 inline bool isExecutable(const fs::path& path)
 {
     return (fs::status(path).permissions() & fs::perms::owner_exec) != fs::perms::none;

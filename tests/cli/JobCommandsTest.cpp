@@ -140,9 +140,6 @@ TEST_F(JobCommands, RequestNeedsADisplay)
     EXPECT_EQ(noDisplay.status, 1);
     EXPECT_TRUE(contains(noDisplay, "no display")) << noDisplay.output;
     EXPECT_FALSE(hasIcon("a.jpg"));
-
-    EXPECT_EQ(quilo("request make-coffee" + picturesArgument({"a.jpg"})).status, 2);
-    EXPECT_EQ(quilo("request").status, 2);
 }
 
 } // namespace

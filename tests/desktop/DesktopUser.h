@@ -4,6 +4,8 @@
 // GUI thread runs its event loop (and the modal loops of alerts and panels),
 // looks at widgets through calls handed to the GUI thread, and clicks and
 // types through the X server itself (xdotool's XTEST input), as a real user.
+#include "tests/support/Process.h"
+
 #include <gtest/gtest.h>
 
 #include <QApplication>
@@ -76,18 +78,6 @@ Widget* topLevel(const QString& title)
             if (auto* typed = qobject_cast<Widget*>(widget))
                 return typed;
     return nullptr;
-}
-
-inline std::string commandOutput(const std::string& command)
-{
-    std::string output;
-    if (FILE* pipe = ::popen(command.c_str(), "r")) {
-        char buffer[256];
-        while (std::fgets(buffer, sizeof buffer, pipe))
-            output += buffer;
-        ::pclose(pipe);
-    }
-    return output;
 }
 
 // The X windows the server knows by that exact name (xdotool's search).

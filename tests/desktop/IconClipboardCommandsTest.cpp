@@ -50,12 +50,7 @@ protected:
 
     static bool endsSoon(pid_t owner)
     {
-        for (int attempt = 0; attempt < 500; ++attempt) {
-            if (::waitpid(owner, nullptr, WNOHANG) == owner)
-                return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return false;
+        return waitUntil([owner] { return ::waitpid(owner, nullptr, WNOHANG) == owner; }, 10);
     }
 
     static std::string clipboard(const std::string& target)

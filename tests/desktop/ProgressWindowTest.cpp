@@ -7,11 +7,9 @@
 #include "iconfamily/IconFamily.h"
 #include "jobs/CreatingThumbnailsController.h"
 #include "jobs/FolderPanel.h"
-#include "jobs/ModificationDate.h"
 #include "jobs/WindowJobInterface.h"
 #include "tests/desktop/DesktopUser.h"
 #include "tests/support/Files.h"
-#include "tests/support/LogCapture.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <QLabel>
@@ -87,11 +85,7 @@ protected:
 // Escape is the Stop button.
 TEST_F(JobWindow, EscapeOnTheRealWindowStopsTheJobAfterTheFileInHand)
 {
-    defaults_.setBool(true, RTZMaintainImageModificationDatesKey);
     const QStringList paths = slowPictures(40);
-    const timespec date{978'307'200, 123'456'789};
-    for (const QString& path : paths)
-        ASSERT_TRUE(setModificationDate(path.toStdString(), date));
     CreatingThumbnailsWindow* window = &ui_.window();
     auto* bar = window->findChild<QProgressBar*>("progressIndicator");
     ASSERT_TRUE(bar);
@@ -122,30 +116,23 @@ TEST_F(JobWindow, EscapeOnTheRealWindowStopsTheJobAfterTheFileInHand)
         EXPECT_EQ(bar->value(), 0);
     });
     int done = 0;
-    for (const QString& path : paths) {
-        if (IconFamily::iconFamilyWithIconOfFile(path.toStdString()))
-            ++done;
-        const timespec now = *modificationDate(path.toStdString());
-        EXPECT_TRUE(now.tv_sec == date.tv_sec && now.tv_nsec == date.tv_nsec) << path.toStdString();
-    }
+    for (const QString& path : paths)
+        done += IconFamily::iconFamilyWithIconOfFile(path.toStdString()) != nullptr;
     EXPECT_GE(done, 2);
     EXPECT_LT(done, 40) << "Stop came too late to show";
 }
 
-// Both alerts, found by their titles on the X server and answered with a
-// click on "OK". What the job does around them is the driver's tests' part.
+// An alert, found by its title on the X server and answered with a click on
+// "OK". Each alert's text and what the job does around it is the driver's
+// tests' part.
 TEST_F(JobWindow, AlertsAreAnsweredOnTheRealScreen)
 {
-    const QStringList paths = pictures({"A.jpg", "B.jpg"});
-    fs::copy_file(kPictures / "gradient.jpg", folder_ / "notes.txt");
     const struct {
         const char* title;
         const char* message;
         QStringList selection;
         const char* screenshot;
     } alerts[] = {
-        {"Not an Image", "One or more of the selected files is not an image and will not be processed.",
-         paths + QStringList{QString::fromStdString((folder_ / "notes.txt").string())}, "alert-not-an-image.png"},
         {"No Image Files Selected",
          "Please copy (Ctrl+C) one or more image files in the file manager before using Quilo.", {},
          "alert-no-image-files-selected.png"},
@@ -173,8 +160,7 @@ TEST_F(JobWindow, AlertsAreAnsweredOnTheRealScreen)
 }
 
 // The folder panel of Save as ICNS Files: its title, its "Choose" button,
-// the first picture's folder to start in; a folder typed in and chosen, then
-// a panel dismissed with Escape.
+// the first picture's folder to start in; a folder typed in and chosen.
 TEST_F(JobWindow, FolderPanelIsAnsweredOnTheRealScreen)
 {
     const QStringList paths = pictures({"A.jpg", "B.jpg"});
@@ -206,16 +192,6 @@ TEST_F(JobWindow, FolderPanelIsAnsweredOnTheRealScreen)
     // The selection is walked from B to A, and each .icns holds the family of
     // the picture before: no B.icns, and A.icns from B's thumbnails.
     EXPECT_EQ(directoryListing(destination), std::set<std::string>{"A.icns"});
-
-    LogCapture log;
-    start(kSaveAsICNS, paths);
-    actAsUser([&] {
-        ASSERT_TRUE(eventually([&] { return topLevel<FolderPanel>(title) != nullptr; }));
-        pressKey("Escape");
-        ASSERT_TRUE(eventually([&] { return idle(); }));
-    });
-    controller_.waitUntilFinished();
-    EXPECT_EQ(log.lines(), std::vector<std::string>{"Canceled creating ICNS files."});
 }
 
 } // namespace

@@ -1,12 +1,11 @@
 #pragma once
 
 // The tray application as a person's desktop runs it: the real quilo program
-// and a real tray host (trayer) as processes on the test's X server, watched
+// and a real tray host (trayer) as processes (ChildProgram) on the test's X server, watched
 // through their logs and the X server's window tree, driven through xdotool.
 #include "tests/desktop/DesktopUser.h"
 #include "tests/support/Files.h"
-
-#include <QProcess>
+#include "tests/support/Process.h"
 
 #include <chrono>
 #include <filesystem>
@@ -19,66 +18,6 @@
 #include <vector>
 
 namespace quilo::test {
-
-// A program the test starts; its output goes to a log file; it is ended
-// with the object unless it ended before.
-class ChildProgram {
-public:
-    ChildProgram(const QString& program, const QStringList& arguments, const QProcessEnvironment& environment,
-                 std::filesystem::path log)
-        : log_(std::move(log))
-    {
-        process_.setProcessEnvironment(environment);
-        process_.setStandardOutputFile(QString::fromStdString(log_.string()), QIODevice::Append);
-        process_.setStandardErrorFile(QString::fromStdString(log_.string()), QIODevice::Append);
-        process_.start(program, arguments);
-        started_ = std::chrono::steady_clock::now();
-        EXPECT_TRUE(process_.waitForStarted(10'000)) << program.toStdString();
-    }
-    ~ChildProgram()
-    {
-        if (process_.state() == QProcess::NotRunning)
-            return;
-        process_.terminate();
-        if (!process_.waitForFinished(5'000)) {
-            process_.kill();
-            process_.waitForFinished(5'000);
-        }
-    }
-    ChildProgram(const ChildProgram&) = delete;
-    ChildProgram& operator=(const ChildProgram&) = delete;
-
-    std::string log() const { return std::filesystem::exists(log_) ? readFileText(log_) : std::string(); }
-    bool waitForLog(const std::string& text, double seconds = 30) const
-    {
-        return waitUntil([&] { return log().find(text) != std::string::npos; }, seconds);
-    }
-    std::optional<int> waitForExit(int milliseconds = 10'000)
-    {
-        if (!process_.waitForFinished(milliseconds))
-            return std::nullopt;
-        return process_.exitStatus() == QProcess::NormalExit ? std::optional(process_.exitCode()) : std::nullopt;
-    }
-    bool running() const { return process_.state() == QProcess::Running; }
-    qint64 pid() const { return process_.processId(); }
-    std::chrono::steady_clock::time_point started() const { return started_; }
-
-    static bool waitUntil(const std::function<bool()>& question, double seconds)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-        while (!question()) {
-            if (std::chrono::steady_clock::now() > deadline)
-                return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-        return true;
-    }
-
-private:
-    std::filesystem::path log_;
-    QProcess process_;
-    std::chrono::steady_clock::time_point started_;
-};
 
 // A window as xwininfo reports it, with its place on the screen.
 struct XWindow {

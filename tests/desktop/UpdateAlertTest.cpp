@@ -9,6 +9,7 @@
 #include "tests/desktop/DesktopUser.h"
 #include "tests/support/LoopbackHttpServer.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/UpdateDocument.h"
 
 #include <QDateTime>
 #include <QMessageBox>
@@ -22,13 +23,6 @@ namespace quilo {
 namespace {
 
 using namespace quilo::test;
-
-QByteArray updateDocument(const char* version)
-{
-    return QByteArray("<?xml version=\"1.0\"?><plist><dict><key>Quilo</key><dict><key>Current Version</key><string>")
-        + version + "</string><key>Download URL</key><string>https://www.example.com/quilo/</string></dict>"
-        + "</dict></plist>";
-}
 
 class UpdateAlertOnScreen : public ::testing::Test {
 protected:

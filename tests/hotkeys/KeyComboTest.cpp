@@ -56,17 +56,6 @@ TEST_F(KeyComboTest, DisplayIsGlyphsInCommandOptionControlShiftOrderThenTheKey)
     EXPECT_EQ(KeyCombo::stringForKeyCode(300), "12C") << "a code the list does not name";
 }
 
-// Every key of a PC keyboard has its name.
-TEST_F(KeyComboTest, KeyNameListCoversThePcKeyboard)
-{
-    const QVariantMap* names = KeyCombo::keyCodesDictionary();
-    ASSERT_TRUE(names);
-    for (int code = 0; code <= 126; ++code) {
-        const bool unused = code == 66 || code == 68 || code == 70 || code == 77 || code == 108 || code == 112;
-        EXPECT_EQ(names->contains(QString::number(code)), !unused) << code;
-    }
-}
-
 // Only a combination with Super, Alt or Control, or a function key, may be
 // taken from every program of the session.
 TEST_F(KeyComboTest, AGlobalHotKeyNeedsAModifierUnlessItIsAFunctionKey)

@@ -3,17 +3,17 @@
 // Other programs on the test's X server: a connection of its own that
 // grabs keys on the root window and watches for them, and a window that
 // has the keyboard focus.
+#include "tests/support/Process.h"
+
 #include <gtest/gtest.h>
 
 #include <xcb/xcb.h>
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -72,23 +72,14 @@ private:
 // xev, another program, with its window focused: a grab must win over it.
 class FocusedWindow {
 public:
-    explicit FocusedWindow(const std::string& log) : log_(log)
+    explicit FocusedWindow(const std::string& log)
+        : log_(log)
+        , xev_({"xev", "-name", "quilo-focus", "-event", "keyboard"}, log)
     {
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            std::freopen(log.c_str(), "w", stdout);
-            ::execlp("xev", "xev", "-name", "quilo-focus", "-event", "keyboard", nullptr);
-            ::_exit(127);
-        }
         const char* focus = "xdotool search --sync --name '^quilo-focus$' windowfocus --sync";
         EXPECT_EQ(std::system(focus), 0) << focus;
     }
-    ~FocusedWindow()
-    {
-        ::kill(pid_, SIGTERM);
-        ::waitpid(pid_, nullptr, 0);
-        std::remove(log_.c_str());
-    }
+    ~FocusedWindow() { std::remove(log_.c_str()); }
 
     // xev prints an event as a paragraph: its name, then its fields.
     bool sawKeyPress(int keycode) const
@@ -109,7 +100,7 @@ public:
 
 private:
     std::string log_;
-    pid_t pid_ = -1;
+    ChildProgram xev_;
 };
 
 } // namespace quilo::test

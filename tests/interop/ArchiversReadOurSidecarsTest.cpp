@@ -131,7 +131,7 @@ TEST(TheUnarchiverReadsOurSidecars, InAZipAsAMacPacksThem)
     ASSERT_TRUE(ran({"sh", "-c", "cd \"$0\" && zip -q -X -r \"$1\" photo.jpg folder __MACOSX", packing.string(),
                      archive.string()}));
 
-    const ProgramResult listing = runProgram({"lsar", "-L", archive.string()});
+    const Outcome listing = runProgram({"lsar", "-L", archive.string()});
     ASSERT_EQ(listing.status, 0) << listing.output;
     const std::vector<Fields> entries = lsarEntries(listing.output);
     const auto unpacked = directory / "unpacked";

@@ -30,7 +30,7 @@ TEST(ExifToolReadsOurSidecars, FileFolderAndIconFile)
         const auto path = CustomIconTree::sidecarOf(item);
         SCOPED_TRACE(path.filename().string());
         const Sidecar ours = readSidecar(path);
-        const ProgramResult result = runProgram({"exiftool", "-a", "-G1", "-s", "-v3", path.string()});
+        const Outcome result = runProgram({"exiftool", "-a", "-G1", "-s", "-v3", path.string()});
         ASSERT_EQ(result.status, 0) << result.output;
         const std::vector<ForkResource> resources = forkResources(ours.fork);
         // The family and the four older icons; the folder's own fork is empty.

@@ -5,6 +5,7 @@
 
 #include "iconfamily/ElementDecoder.h"
 #include "iconfamily/vips/VipsRuntime.h"
+#include "tests/support/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,6 @@
 #include <filesystem>
 #include <sstream>
 #include <string>
-#include <sys/wait.h>
 #include <vector>
 #include <vips/vips8>
 
@@ -48,38 +48,10 @@ inline Picture pictureOf(const DecodedElement& element)
     return {element.width, element.height, element.channels, element.pixels};
 }
 
-struct ProgramResult {
-    int status = -1;
-    std::string output; // stdout and stderr together
-};
-
-// Runs a program, each argument quoted for the shell, and collects what it prints.
-inline ProgramResult runProgram(const std::vector<std::string>& arguments)
-{
-    std::string command;
-    for (const std::string& argument : arguments) {
-        command += " '";
-        for (char c : argument)
-            command += (c == '\'') ? std::string("'\\''") : std::string(1, c);
-        command += "'";
-    }
-    command += " 2>&1";
-    ProgramResult result;
-    FILE* pipe = ::popen(command.c_str(), "r");
-    if (!pipe)
-        return result;
-    char buffer[4096];
-    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        result.output.append(buffer, n);
-    const int status = ::pclose(pipe);
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
-
 // A peer that is missing or fails is a test failure, never a skip.
 inline ::testing::AssertionResult ran(const std::vector<std::string>& arguments)
 {
-    const ProgramResult result = runProgram(arguments);
+    const Outcome result = runProgram(arguments);
     if (result.status == 0)
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << arguments.front() << " exited with " << result.status << ":\n"

@@ -9,8 +9,6 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
-#include <fcntl.h>
 #include <fstream>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -67,8 +65,8 @@ bool accepts(int port)
 // of a sidecar: in netatalk's attribute, or in a stream of streams_xattr.
 constexpr const char* kMetadataModes[] = {"netatalk", "stream"};
 
-// smbd in the foreground, in a process group of its own, so that it and the
-// children it forks go together when the test ends, passed or not.
+// smbd in the foreground; it and the children it forks go together when the
+// test ends, passed or not.
 class Smbd {
 public:
     explicit Smbd(const std::filesystem::path& state) : state_(state), port_(freeLoopbackPort())
@@ -115,43 +113,18 @@ public:
                  << "  fruit:encoding = native\n";
         conf.close();
 
-        const std::string configPath = config().string(), logPath = log().string(); // no allocation after fork
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            ::setpgid(0, 0);
-            const int output = ::open(logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
-            const int nothing = ::open("/dev/null", O_RDONLY);
-            ::dup2(nothing, 0);
-            ::dup2(output, 1);
-            ::dup2(output, 2);
-            ::execlp("smbd", "smbd", "--foreground", "--no-process-group", "-s", configPath.c_str(), nullptr);
-            ::_exit(127);
-        }
-        ::setpgid(pid_, pid_); // also here, so that the group exists before the destructor can run
+        smbd_ = std::make_unique<ChildProgram>(
+            std::vector<std::string>{"smbd", "--foreground", "--no-process-group", "-s", config().string()}, log());
     }
-
-    ~Smbd()
-    {
-        if (pid_ <= 0)
-            return;
-        ::kill(-pid_, SIGTERM);
-        for (int i = 0; i < 100 && ::waitpid(pid_, nullptr, WNOHANG) == 0; ++i)
-            std::this_thread::sleep_for(50ms);
-        ::kill(-pid_, SIGKILL); // children that outlived their parent, or a parent that would not go
-        ::waitpid(pid_, nullptr, 0);
-    }
-    Smbd(const Smbd&) = delete;
-    Smbd& operator=(const Smbd&) = delete;
 
     // Whether smbd takes connections within ten seconds; if not, its log says why.
     ::testing::AssertionResult listening() const
     {
-        if (pid_ < 0 || port_ == 0)
-            return ::testing::AssertionFailure() << "could not fork, or found no free port";
+        if (port_ == 0)
+            return ::testing::AssertionFailure() << "found no free port";
         for (auto waited = 0ms; waited < 10s; waited += 50ms) {
-            int status = 0;
-            if (::waitpid(pid_, &status, WNOHANG) == pid_)
-                return ::testing::AssertionFailure() << "smbd exited (status " << status << "):\n" << logText();
+            if (!smbd_->running())
+                return ::testing::AssertionFailure() << "smbd exited:\n" << logText();
             if (accepts(port_))
                 return ::testing::AssertionSuccess();
             std::this_thread::sleep_for(50ms);
@@ -161,7 +134,7 @@ public:
 
     // smbclient as a Mac would speak, anonymous, over SMB 3. Our configuration
     // keeps the client's own state files in the scratch directory too.
-    ProgramResult client(const std::string& share, const std::string& commands) const
+    Outcome client(const std::string& share, const std::string& commands) const
     {
         return runProgram({"smbclient", "//127.0.0.1/" + share, "-p", std::to_string(port_), "-N", "-m", "SMB3", "-s",
                            config().string(), "-c", commands});
@@ -169,8 +142,7 @@ public:
 
     std::string logText() const
     {
-        std::ifstream file(log());
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        return smbd_->log();
     }
 
 private:
@@ -179,7 +151,7 @@ private:
 
     std::filesystem::path state_;
     int port_;
-    pid_t pid_ = -1;
+    std::unique_ptr<ChildProgram> smbd_;
 };
 
 // The name a Mac client uses for a file whose name holds a carriage return.
@@ -247,7 +219,7 @@ TEST(SambaServesOurSidecars, FinderInfoAndForksOfAFileAndAFolder)
         // item's AFP_AfpInfo fails, whoever wrote the sidecar. So each
         // item's AFP_Resource is opened first; a folder has none, and that
         // open fails, but leaves the folder's AFP_AfpInfo in place.
-        const ProgramResult result = smbd.client(
+        const Outcome result = smbd.client(
             mode, "ls folder/*; " + get("photo.jpg:AFP_Resource", "photo.rsrc")
                       + get("photo.jpg:AFP_AfpInfo", "photo.afpinfo") + get("folder:AFP_Resource", "folder.rsrc")
                       + get("folder:AFP_AfpInfo", "folder.afpinfo")

@@ -62,7 +62,7 @@ Picture png2iconsPicture(int size)
 }
 
 std::vector<std::string> writeSources(const TemporaryDirectory& directory, const Source& source,
-                                      std::initializer_list<int> sizes)
+                                      const std::vector<int>& sizes)
 {
     std::vector<std::string> paths;
     for (int size : sizes) {
@@ -96,60 +96,55 @@ void expectFamilyMatches(const std::filesystem::path& path, const std::set<std::
     EXPECT_EQ(decodedTypes, types);
 }
 
-TEST(WeReadPeerFamilies, Libicns)
-{
-    TemporaryDirectory directory;
-    std::vector<std::string> command{"png2icns", (directory / "peer.icns").string()};
-    for (const std::string& path : writeSources(directory, noiseSource, {16, 32, 48, 128, 256, 512}))
-        command.push_back(path);
-    ASSERT_TRUE(ran(command));
-    // 256 and 512 px go in as JPEG 2000, which libicns writes losslessly.
-    expectFamilyMatches(directory / "peer.icns",
-                        {"is32", "s8mk", "il32", "l8mk", "ih32", "h8mk", "it32", "t8mk", "ic08", "ic09"}, noiseSource);
-}
-
-TEST(WeReadPeerFamilies, Pillow)
-{
-    TemporaryDirectory directory;
-    std::vector<std::string> command{kSystemPython, (kInteropDir / "pillow_icns.py").string(), "write",
-                                     (directory / "peer.icns").string()};
-    // A source for every size Pillow writes, so it resamples nothing.
-    for (const std::string& path : writeSources(directory, noiseSource, {32, 64, 128, 256, 512, 1024}))
-        command.push_back(path);
-    ASSERT_TRUE(ran(command));
-    expectFamilyMatches(directory / "peer.icns", {"ic07", "ic08", "ic09", "ic10", "ic11", "ic12", "ic13", "ic14"},
-                        noiseSource);
-}
-
-TEST(WeReadPeerFamilies, Png2icons)
-{
-    TemporaryDirectory directory;
-    const auto sources = writeSources(directory, png2iconsPicture, {1024});
-    ASSERT_TRUE(ran({"node", (kPeersDir / "png2icons.js").string(), (directory / "peer.icns").string(), sources[0]}));
-    expectFamilyMatches(directory / "peer.icns",
-                        {"is32", "s8mk", "il32", "l8mk", "ic07", "ic08", "ic09", "ic10", "ic11", "ic12", "ic13",
-                         "ic14"},
-                        png2iconsPicture);
-}
-
 const std::set<std::string> kFiahfyTypes{"is32", "s8mk", "il32", "l8mk", "ih32", "h8mk", "it32",
                                          "t8mk", "ic04", "ic05", "icp4", "icp5", "icp6", "ic07",
                                          "ic08", "ic09", "ic11", "ic12", "ic13", "ic14"};
 
-std::filesystem::path writeWithFiahfy(const TemporaryDirectory& directory)
+// Each writer is given a source at each size it writes, so that it
+// resamples nothing (png2icons, which scales one source, excepted).
+struct PeerWriter {
+    const char* name;
+    std::vector<std::string> command; // the sources follow
+    std::vector<int> sizes;
+    Source source;
+    std::set<std::string> types;
+};
+
+std::vector<PeerWriter> peerWriters()
 {
-    std::vector<std::string> command{"node", (kPeersDir / "fiahfy-icns.js").string(),
-                                     (directory / "peer.icns").string()};
-    for (const std::string& path : writeSources(directory, noiseSource, {16, 32, 48, 64, 128, 256, 512}))
+    const std::string out = "peer.icns";
+    return {
+        // 256 and 512 px go in as JPEG 2000, which libicns writes losslessly.
+        {"libicns", {"png2icns", out}, {16, 32, 48, 128, 256, 512}, noiseSource,
+         {"is32", "s8mk", "il32", "l8mk", "ih32", "h8mk", "it32", "t8mk", "ic08", "ic09"}},
+        {"Pillow", {kSystemPython, (kInteropDir / "pillow_icns.py").string(), "write", out},
+         {32, 64, 128, 256, 512, 1024}, noiseSource, {"ic07", "ic08", "ic09", "ic10", "ic11", "ic12", "ic13", "ic14"}},
+        {"png2icons", {"node", (kPeersDir / "png2icons.js").string(), out}, {1024}, png2iconsPicture,
+         {"is32", "s8mk", "il32", "l8mk", "ic07", "ic08", "ic09", "ic10", "ic11", "ic12", "ic13", "ic14"}},
+        {"fiahfy-icns", {"node", (kPeersDir / "fiahfy-icns.js").string(), out}, {16, 32, 48, 64, 128, 256, 512},
+         noiseSource, kFiahfyTypes},
+    };
+}
+
+std::filesystem::path writeWith(const PeerWriter& writer, const TemporaryDirectory& directory)
+{
+    std::vector<std::string> command = writer.command;
+    for (std::string& argument : command)
+        if (argument == "peer.icns")
+            argument = (directory / "peer.icns").string();
+    for (const std::string& path : writeSources(directory, writer.source, writer.sizes))
         command.push_back(path);
     EXPECT_TRUE(ran(command));
     return directory / "peer.icns";
 }
 
-TEST(WeReadPeerFamilies, FiahfyIcns)
+TEST(WeReadPeerFamilies, OfEveryWriter)
 {
-    TemporaryDirectory directory;
-    expectFamilyMatches(writeWithFiahfy(directory), kFiahfyTypes, noiseSource);
+    for (const PeerWriter& writer : peerWriters()) {
+        SCOPED_TRACE(writer.name);
+        TemporaryDirectory directory;
+        expectFamilyMatches(writeWith(writer, directory), writer.types, writer.source);
+    }
 }
 
 // The command line tool on the family with the most kinds of element: one PNG
@@ -157,7 +152,7 @@ TEST(WeReadPeerFamilies, FiahfyIcns)
 TEST(WeReadPeerFamilies, QuiloExtractWritesEachElementAsPng)
 {
     TemporaryDirectory directory;
-    const auto family = writeWithFiahfy(directory);
+    const auto family = writeWith(peerWriters().back(), directory);
     ASSERT_TRUE(ran({QUILO_CLI, "extract", family.string(), "--output", (directory / "out").string()}));
     std::set<std::string> written;
     for (const auto& entry : std::filesystem::directory_iterator(directory / "out")) {

@@ -1,5 +1,4 @@
-// The preferences window's controller without a screen: the toolbar's
-// answers, the launch-at-login checkbox over the session's autostart list
+// The preferences window's controller without a screen: the launch-at-login checkbox over the session's autostart list
 // (in a folder of the run's own) and the check-now button.
 #include "hotkeys/ApplicationTestsMain.h"
 #include "hotkeys/HotKeysController.h"
@@ -12,7 +11,6 @@
 #include "tests/prefs/UpdateCheckFixture.h"
 
 #include <QCheckBox>
-#include <QToolBar>
 
 namespace quilo::test {
 namespace {
@@ -37,22 +35,6 @@ protected:
     HotKeysController hotKeys{QuiloApplication::sharedApplication(), defaults};
     PrefsController prefs{defaults, hotKeys};
 };
-
-TEST_F(PrefsControllerTest, TheToolbarOffersTheThreePanesAndNothingElse)
-{
-    const QStringList panes{"General", "HotKeys", "Update"};
-    EXPECT_EQ(prefs.toolbarDefaultItemIdentifiers(), panes);
-    EXPECT_EQ(prefs.toolbarSelectableItemIdentifiers(), panes);
-    EXPECT_TRUE(prefs.toolbarAllowedItemIdentifiers().isEmpty());
-    EXPECT_EQ(prefs.toolbar("Colors", true), nullptr);
-
-    auto* toolbar = prefs.window().findChild<QToolBar*>(RTZPrefsToolbar);
-    ASSERT_NE(toolbar, nullptr);
-    ASSERT_EQ(toolbar->actions().size(), 3);
-    EXPECT_TRUE(toolbar->actions()[0]->isChecked()) << "General is marked at first";
-    toolbar->actions()[1]->trigger();
-    EXPECT_FALSE(toolbar->actions()[0]->isChecked()) << "one pane is marked at a time";
-}
 
 TEST_F(PrefsControllerTest, TheLaunchAtLoginCheckboxAddsOnceAndRemovesEveryEntry)
 {

@@ -3,6 +3,7 @@
 // Every document and failure is tested through the check itself.
 #include "prefs/PropertyListFetch.h"
 #include "tests/support/LoopbackHttpServer.h"
+#include "tests/support/UpdateDocument.h"
 
 #include <gtest/gtest.h>
 
@@ -17,8 +18,7 @@ using namespace std::chrono_literals;
 using quilo::test::HttpResponse;
 using quilo::test::LoopbackHttpServer;
 
-const QByteArray kDocument = "<?xml version=\"1.0\"?><plist><dict><key>Quilo</key><dict>"
-                             "<key>Current Version</key><string>1.2</string></dict></dict></plist>";
+const QByteArray kDocument = quilo::test::updateDocument("1.2");
 
 struct Outcome {
     std::optional<QVariant> list;

@@ -16,83 +16,61 @@ const UpdateAlert kAutomaticOffer{"A new version is available",
                                   "Quilo 1.2 is available. Would you like to go to its download page now?", "Yes",
                                   "Don't Ask Again", "No"};
 
-TEST_F(UpdateCheckTest, AutomaticCheckOfTheCurrentVersionShowsNothing)
+// Each kind of check of each published version, and what each answer does:
+// the alert, the log, the page opened, the automatic check left on or not,
+// the date and the notification recorded.
+TEST_F(UpdateCheckTest, EachCheckAndAnswer)
 {
-    publish(updateDocument("1.1"));
-    const QDateTime before = QDateTime::currentDateTime();
-    check(false);
-    EXPECT_EQ(log_.lines(), (Lines{"Checking for updates...", "Quilo is up-to-date."}));
-    EXPECT_TRUE(alerts_.empty());
-    EXPECT_TRUE(opened_.urls().isEmpty());
-    EXPECT_TRUE(defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey));
-    expectRecorded(before);
-    EXPECT_EQ(server_.requests(), QStringList{"GET /appversions.xml"});
-}
-
-// The alert says so with one button; whether it would have been a sheet
-// changes nothing.
-TEST_F(UpdateCheckTest, ManualCheckOfTheCurrentVersionSaysSo)
-{
-    publish(updateDocument("1.1"));
-    const QDateTime before = QDateTime::currentDateTime();
-    check(true, kAlertDefaultReturn);
+    const QString page = "https://www.example.com/quilo/";
     const UpdateAlert upToDate{"Quilo is up to date", "Quilo 1.1 is the newest version available.", "OK",
                                std::nullopt, std::nullopt};
-    ASSERT_EQ(alerts_.size(), 1u);
-    EXPECT_EQ(alerts_[0], upToDate);
-    EXPECT_EQ(log_.lines(), (Lines{"Checking for updates...", "Quilo is up-to-date."}));
-    expectRecorded(before);
+    const UpdateAlert manualOffer{kAutomaticOffer.messageText, kAutomaticOffer.informativeText, "Yes", std::nullopt,
+                                  "No"};
+    const std::string upToDateLine = "Quilo is up-to-date.", available = "Quilo version 1.2 is available.";
+    const struct {
+        const char* name;
+        QString version, download;
+        bool userInitiated, sheet;
+        int answer;
+        std::optional<UpdateAlert> alert;
+        std::string logged;
+        bool opens, stillChecksAtLaunch;
+    } cases[] = {
+        {"automatic, up to date", "1.1", page, false, false, kAlertOtherReturn, std::nullopt, upToDateLine, false, true},
+        {"manual, up to date", "1.1", page, true, false, kAlertDefaultReturn, upToDate, upToDateLine, false, true},
+        {"manual, up to date, as a sheet", "1.1", page, true, true, kAlertDefaultReturn, upToDate, upToDateLine, false,
+         true},
+        {"automatic, Yes", "1.2", page, false, false, kAlertDefaultReturn, kAutomaticOffer, available, true, true},
+        {"manual, No", "1.2", page, true, false, kAlertOtherReturn, manualOffer, available, false, true},
+        // Without an address "Yes" opens nothing and nothing is said about it.
+        {"manual, Yes, no address", "1.2", QString(), true, false, kAlertDefaultReturn, manualOffer, available, false,
+         true},
+        {"automatic, Don't Ask Again", "1.2", page, false, false, kAlertAlternateReturn, kAutomaticOffer, available,
+         false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        publish(updateDocument(c.version, c.download));
+        alerts_.clear();
+        notifications_.clear();
+        const qsizetype opened = opened_.urls().size();
+        const QDateTime before = QDateTime::currentDateTime();
+        LogCapture log;
+        check(c.userInitiated, c.answer, {}, c.sheet);
+        EXPECT_EQ(alerts_, c.alert ? std::vector<UpdateAlert>{*c.alert} : std::vector<UpdateAlert>{});
+        EXPECT_EQ(log.lines(), (Lines{"Checking for updates...", c.logged}));
+        EXPECT_EQ(opened_.urls().mid(opened), c.opens ? QList<QUrl>{QUrl(page)} : QList<QUrl>{});
+        EXPECT_EQ(defaults_.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(c.stillChecksAtLaunch));
+        expectRecorded(before);
+    }
+    EXPECT_EQ(server_.requests().size(), qsizetype(std::size(cases)));
 
-    check(true, kAlertDefaultReturn, {}, true);
-    ASSERT_EQ(alerts_.size(), 2u);
-    EXPECT_EQ(alerts_[1], upToDate);
-    EXPECT_TRUE(opened_.urls().isEmpty());
-}
-
-TEST_F(UpdateCheckTest, AutomaticCheckOffersTheUpdateAndYesOpensItsPage)
-{
-    publish(updateDocument("1.2"));
-    const QDateTime before = QDateTime::currentDateTime();
-    check(false, kAlertDefaultReturn);
-    ASSERT_EQ(alerts_.size(), 1u);
-    EXPECT_EQ(alerts_[0], kAutomaticOffer);
-    EXPECT_EQ(log_.lines(), (Lines{"Checking for updates...", "Quilo version 1.2 is available."}));
-    EXPECT_EQ(opened_.urls(), QList<QUrl>{QUrl("https://www.example.com/quilo/")});
-    EXPECT_TRUE(defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey));
-    expectRecorded(before);
-}
-
-TEST_F(UpdateCheckTest, DontAskAgainTurnsTheAutomaticCheckOff)
-{
-    publish(updateDocument("1.2"));
-    const QDateTime before = QDateTime::currentDateTime();
-    check(false, kAlertAlternateReturn);
-    ASSERT_EQ(alerts_.size(), 1u);
-    EXPECT_EQ(alerts_[0], kAutomaticOffer);
-    EXPECT_EQ(defaults_.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(false));
-    EXPECT_TRUE(opened_.urls().isEmpty());
-    expectRecorded(before);
-
-    // Both kept as the user's own values, of their types, for the next launch.
+    // Don't Ask Again and the date, kept as the user's own values, of their
+    // types, for the next launch.
     ASSERT_TRUE(defaults_.synchronize());
     const UserDefaults nextLaunch(QString::fromStdString((folder_ / "defaults.conf").string()));
     EXPECT_EQ(nextLaunch.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(false));
     EXPECT_EQ(nextLaunch.objectForKey(RTZLastCheckForUpdatesKey).typeId(), QMetaType::QDateTime);
-}
-
-// Asked for, the check cannot turn itself off: "Yes" and "No" only.
-TEST_F(UpdateCheckTest, ManualCheckOffersYesAndNo)
-{
-    publish(updateDocument("1.2"));
-    const QDateTime before = QDateTime::currentDateTime();
-    check(true, kAlertOtherReturn);
-    ASSERT_EQ(alerts_.size(), 1u);
-    EXPECT_EQ(alerts_[0].defaultButton, "Yes");
-    EXPECT_EQ(alerts_[0].alternateButton, std::nullopt);
-    EXPECT_EQ(alerts_[0].otherButton, "No");
-    EXPECT_TRUE(opened_.urls().isEmpty());
-    EXPECT_TRUE(defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey));
-    expectRecorded(before);
 }
 
 // Versions are told apart as strings: older, longer, a blank before or after,

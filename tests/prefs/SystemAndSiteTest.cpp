@@ -1,5 +1,4 @@
-// The system's version in the Gestalt form, and the maker's web site.
-#include "prefs/MakersWebSite.h"
+// The system's version in the Gestalt form.
 #include "prefs/RTZMacOSVersion.h"
 
 #include <gtest/gtest.h>
@@ -22,19 +21,6 @@ TEST(RTZMacOSVersion, ReleasesInBinaryCodedDecimal)
     };
     for (const auto& release : releases)
         EXPECT_EQ(RTZMacOSVersion::versionNumberFromRelease(release.release), release.number) << release.release;
-}
-
-TEST(MakersWebSite, PagesOnTheConfiguredSite)
-{
-    const QUrl site(QUILO_MAKER_SITE);
-    const std::pair<QUrl, QString> pages[] = {{updateDocumentURL(), "/appversions.xml"},
-                                              {donationPageURL(), "/register/"}};
-    for (const auto& [url, path] : pages) {
-        EXPECT_TRUE(url.scheme() == "http" || url.scheme() == "https") << url.toString().toStdString();
-        EXPECT_EQ(url.host(), site.host());
-        EXPECT_EQ(url.port(), site.port());
-        EXPECT_EQ(url.path(), path);
-    }
 }
 
 } // namespace

@@ -5,10 +5,7 @@
 #include "tests/prefs/AutostartFolder.h"
 #include "tests/support/Files.h"
 #include "tests/support/LogCapture.h"
-
-#include <QElapsedTimer>
-#include <QProcess>
-#include <QThread>
+#include "tests/support/Process.h"
 
 namespace quilo::test {
 namespace {
@@ -16,24 +13,11 @@ namespace {
 using XdgAutostartStoreTest = AutostartFolderTest;
 
 // Standard output and error of a program that must succeed.
-QString runToSuccess(const QString& program, const QStringList& arguments)
+std::string runToSuccess(const std::vector<std::string>& command)
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    EXPECT_TRUE(process.waitForFinished(20000)) << program.toStdString();
-    const QString output = QString::fromUtf8(process.readAll());
-    EXPECT_EQ(process.exitCode(), 0) << program.toStdString() << ": " << output.toStdString();
-    return output;
-}
-
-bool appearsWithin(const std::filesystem::path& path, int milliseconds)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!std::filesystem::exists(path) && timer.elapsed() < milliseconds)
-        QThread::msleep(20);
-    return std::filesystem::exists(path);
+    const Outcome outcome = runProgram(command);
+    EXPECT_EQ(outcome.status, 0) << command[0] << ": " << outcome.output;
+    return outcome.output;
 }
 
 // Every character that Exec quoting or value escaping treats specially but
@@ -56,10 +40,10 @@ TEST_F(XdgAutostartStoreTest, ItemIsAValidEntryThatStartsItsProgram)
     for (const char* key : {"Path", "Hide", "AliasData"})
         EXPECT_EQ(entries[0].value(key), item.value(key)) << key;
 
-    const QString file = QString::fromStdString((autostart() / "quilo.desktop").string());
-    EXPECT_EQ(runToSuccess("desktop-file-validate", {file}), "");
-    runToSuccess("gio", {"launch", file});
-    EXPECT_TRUE(appearsWithin(marker, 10000)) << readFileText(autostart() / "quilo.desktop");
+    const std::string file = (autostart() / "quilo.desktop").string();
+    EXPECT_EQ(runToSuccess({"desktop-file-validate", file}), "");
+    runToSuccess({"gio", "launch", file});
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(marker); }, 10)) << readFileText(file);
 }
 
 // An item read and written back changed goes back to its own file.

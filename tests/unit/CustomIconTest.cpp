@@ -6,7 +6,6 @@
 #include "iconfamily/ResourceFork.h"
 #include "tests/support/AttributeArea.h"
 #include "tests/support/Files.h"
-#include "tests/support/RecordingForkStore.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -122,28 +121,14 @@ TEST_F(CustomIcon, AnExistingForkKeepsItsResourcesAndTheFileItsTypeAndCreator)
     info.setFinderFlags(kHasBeenInited | 0x0020);
     writeSidecar(file_, info, fork);
 
-    test::RecordingForkStore store;
     ASSERT_TRUE(familyOf(30).setAsCustomIconForFile(file_)) << "the fork exists: its dupFNErr is no failure";
-    ASSERT_EQ(store.created.size(), 1u);
-    EXPECT_EQ(store.created[0].type, fourCharCode("JPEG"));
-    EXPECT_EQ(store.created[0].creator, fourCharCode("8BIM"));
     const ResourceFork after = readFork(file_);
     EXPECT_EQ(resourceList(after), (std::vector<std::pair<std::string, int>>{{"STR ", 128}, {"icns", -16455}}));
     EXPECT_EQ(after.resources[0], fork.resources[0]) << "name, attributes and data kept";
     EXPECT_EQ(after.mapAttributes, 0x0080);
     EXPECT_EQ(flagsOf(file_), kHasCustomIcon | 0x0020) << "custom icon set, inited cleared, the rest kept";
     EXPECT_EQ(readSidecar(file_).finderInfo().fileType(), fourCharCode("JPEG"));
-}
-
-TEST_F(CustomIcon, UnreadableAttributesGiveTheForkUnknownTypeAndCreator)
-{
-    test::RecordingForkStore store;
-    store.attributesUnreadable = true;
-    ASSERT_TRUE(familyOf(30).setAsCustomIconForFile(file_));
-    ASSERT_EQ(store.created.size(), 1u);
-    EXPECT_EQ(store.created[0].type, kUnknownFourCharCode);
-    EXPECT_EQ(store.created[0].creator, kUnknownFourCharCode);
-    EXPECT_EQ(readSidecar(file_).finderInfo().fileType(), kUnknownFourCharCode) << "a new sidecar takes them";
+    EXPECT_EQ(readSidecar(file_).finderInfo().creator(), fourCharCode("8BIM"));
 }
 
 TEST_F(CustomIcon, CompatibilityAddsTheOldResourcesThatExistAndNeverReplacesThem)
@@ -298,20 +283,6 @@ TEST_F(CustomIcon, ALinkGivesItsTargetTheIcon)
     EXPECT_TRUE(fs::exists(sidecarOf(file_)));
     EXPECT_FALSE(fs::exists(sidecarOf(link)));
     EXPECT_TRUE(IconFamily::iconFamilyWithIconOfFile(link));
-}
-
-TEST_F(CustomIcon, AFailedFlagWriteLeavesTheNewResourceAndTheOldFlags)
-{
-    ASSERT_TRUE(familyOf(60).setAsCustomIconForFile(file_));
-    FinderInfo info = readSidecar(file_).finderInfo();
-    info.setFinderFlags(kHasBeenInited);
-    writeSidecar(file_, info, readFork(file_));
-
-    test::RecordingForkStore store;
-    store.finderInfoWritesFail = true;
-    EXPECT_FALSE(familyOf(99).setAsCustomIconForFile(file_));
-    EXPECT_EQ(readFork(file_).find(kIcns, -16455)->data, familyOf(99).iconFamilyHandle());
-    EXPECT_EQ(flagsOf(file_), kHasBeenInited);
 }
 
 TEST_F(CustomIcon, AnUnreadableSidecarIsNeverWrittenOver)

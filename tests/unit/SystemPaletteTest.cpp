@@ -8,23 +8,6 @@
 namespace quilo {
 namespace {
 
-TEST(NearestSystemPaletteIndex, EveryEntryIsItsOwnNearest)
-{
-    const auto& palette = systemPalette256();
-    for (int i = 0; i < 256; ++i) {
-        const PaletteColor colour = palette[std::size_t(i)];
-        EXPECT_EQ(nearestSystemPaletteIndex(colour.red, colour.green, colour.blue), i) << "entry " << i;
-    }
-}
-
-TEST(NearestSystemPaletteIndex, KeepsTheLowestIndexOnATie)
-{
-    // (0, 12, 12) is as near the green ramp's 0x11 (index 234) as the blue
-    // ramp's (index 244); (0, 17, 18) as near blue's 0x11 as grey's (254).
-    EXPECT_EQ(nearestSystemPaletteIndex(0, 12, 12), 234);
-    EXPECT_EQ(nearestSystemPaletteIndex(0, 17, 18), 244);
-}
-
 // Every one of the 2^24 colours against the plain definition: every entry
 // tried, the first of equally near ones kept. The fast search must never pick
 // another entry, ties included.
