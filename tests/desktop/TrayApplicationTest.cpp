@@ -263,7 +263,7 @@ TEST_F(TrayApplication, IconAppearsWhenTheTrayStartsAfterQuilo)
 {
     auto quilo = startQuilo();
     ASSERT_TRUE(quilo->waitForLog("No system tray yet")) << quilo->log();
-    ASSERT_TRUE(ChildProgram::waitUntil([] { return windowShown("Quilo Preferences"); }, 10));
+    ASSERT_TRUE(waitUntil([] { return windowShown("Quilo Preferences"); }, 10));
     keepScreenRegion(windowFrame(firstWindowNamed("Quilo Preferences")), "preferences-without-tray.png");
     auto tray = startTray();
     const auto icon = waitForDockedIcon(20);
@@ -306,7 +306,7 @@ TEST_F(TrayApplication, RequestsGoToTheRunningQuilo)
     auto second = startQuilo({}, "second");
     EXPECT_EQ(second->waitForExit(), std::optional(0));
     EXPECT_EQ(second->log(), "Quilo is already running in this session.\n");
-    EXPECT_TRUE(ChildProgram::waitUntil([] { return windowShown("Quilo Preferences"); }, 10)) << quilo->log();
+    EXPECT_TRUE(waitUntil([] { return windowShown("Quilo Preferences"); }, 10)) << quilo->log();
     EXPECT_TRUE(quilo->running());
 }
 
