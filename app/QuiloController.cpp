@@ -93,12 +93,17 @@ void QuiloController::startThumbActionForFiles(int kind, const QStringList& path
 {
     createJobDriverIfNeeded();
     // The files must not wait for a later job from the menu.
-    if (creatingThumbnailsWindow_->currentlyProcessing()) {
+    if (isRunningAJob()) {
         logLine("A job is running; the file manager's request is refused.");
         return;
     }
     selection_.handOver(paths);
     startThumbActionForType(kind);
+}
+
+bool QuiloController::isRunningAJob() const
+{
+    return creatingThumbnailsWindow_ && creatingThumbnailsWindow_->currentlyProcessing();
 }
 
 void QuiloController::showRunning()

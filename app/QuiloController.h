@@ -41,6 +41,8 @@ public:
     void startThumbActionForType(int kind);
     // A file-manager request: the job runs on the files it handed over.
     void startThumbActionForFiles(int kind, const QStringList& paths);
+    // A file manager's job is turned down meanwhile.
+    bool isRunningAJob() const;
     // Another start of Quilo in this session: says where Quilo is.
     void showRunning();
     void checkForUpdates();
