@@ -142,7 +142,13 @@ void QuiloController::menuAboutQuilo()
 
 void QuiloController::menuQuit() { QApplication::quit(); }
 
-void QuiloController::donateButton() { QDesktopServices::openUrl(donationPageURL()); }
+void QuiloController::donateButton()
+{
+    if (donationPageURL().isEmpty())
+        logLine("No donation page: this Quilo was built without the maker's web site.");
+    else
+        QDesktopServices::openUrl(donationPageURL());
+}
 
 void QuiloController::buildMenu()
 {

@@ -81,6 +81,10 @@ void RTZUpdate::setAlertRunner(AlertRunner runAlert)
 void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVersion, const QString& autoCheckKey,
                                 const QString& lastCheckKey, [[maybe_unused]] bool sheetModal)
 {
+    if (dictURL_.isEmpty()) {
+        logLine("Not checking for updates: this Quilo was built without the maker's web site.");
+        return;
+    }
     logLine("Checking for updates...");
     const Published published = fetchPublished();
     if (published.latest == runningAppVersion) {
@@ -100,14 +104,21 @@ void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVer
 RTZUpdate::Published RTZUpdate::fetchPublished() const
 {
     Published published;
-    const auto document = propertyListWithContentsOfURL(dictURL_, timeout_);
-    if (!document || document->typeId() != QMetaType::QVariantMap)
-        return published;
-    const QVariant entry = document->toMap().value(application_);
-    if (entry.typeId() != QMetaType::QVariantMap)
-        return published;
-    published.latest = stringValue(entry.toMap(), "Current Version");
-    published.downloadURL = stringValue(entry.toMap(), "Download URL").value_or(QString());
+    QString cause;
+    const auto document = propertyListWithContentsOfURL(dictURL_, timeout_, &cause);
+    const QVariant entry = document && document->typeId() == QMetaType::QVariantMap
+        ? document->toMap().value(application_)
+        : QVariant();
+    if (entry.typeId() == QMetaType::QVariantMap) {
+        published.latest = stringValue(entry.toMap(), "Current Version");
+        published.downloadURL = stringValue(entry.toMap(), "Download URL").value_or(QString());
+    }
+    if (!published.latest) {
+        if (cause.isEmpty())
+            cause = entry.isValid() ? "no \"Current Version\" string in its entry" : "no entry that is a dictionary";
+        logWithObjects("No version of %@ from the update document at %@: %@",
+                       {application_, dictURL_.toString(), cause});
+    }
     return published;
 }
 

@@ -24,17 +24,29 @@ TEST(RTZMacOSVersion, ReleasesInBinaryCodedDecimal)
         EXPECT_EQ(RTZMacOSVersion::versionNumberFromRelease(release.release), release.number) << release.release;
 }
 
-TEST(MakersWebSite, PagesOnTheConfiguredSite)
+// Pages are fetched or opened over HTTPS unless the build allowed plain
+// HTTP; a build that names no site has no pages at all.
+TEST(MakersWebSite, PagesOnlyOnASiteTheBuildMayUse)
 {
-    const QUrl site(QUILO_MAKER_SITE);
-    const std::pair<QUrl, QString> pages[] = {{updateDocumentURL(), "/appversions.xml"},
-                                              {donationPageURL(), "/register/"}};
-    for (const auto& [url, path] : pages) {
-        EXPECT_TRUE(url.scheme() == "http" || url.scheme() == "https") << url.toString().toStdString();
-        EXPECT_EQ(url.host(), site.host());
-        EXPECT_EQ(url.port(), site.port());
-        EXPECT_EQ(url.path(), path);
-    }
+    const struct {
+        const char* site;
+        bool httpAllowed;
+        const char* page;
+    } sites[] = {
+        {"", true, ""},
+        {"https://quilo.example/", false, "https://quilo.example/appversions.xml"},
+        {"https://quilo.example:8443/old/", false, "https://quilo.example:8443/appversions.xml"},
+        {"http://quilo.example", false, ""},
+        {"http://127.0.0.1:8080", true, "http://127.0.0.1:8080/appversions.xml"},
+        {"ftp://quilo.example", true, ""},
+        {"https://", false, ""},
+        {"quilo.example", true, ""},
+    };
+    for (const auto& site : sites)
+        EXPECT_EQ(pageOnMakersSite(site.site, "/appversions.xml", site.httpAllowed), QUrl(site.page)) << site.site;
+    EXPECT_EQ(donationPageURL().path(), updateDocumentURL().isEmpty() ? "" : "/register/");
+    EXPECT_TRUE(updateDocumentURL().isEmpty() || updateDocumentURL().scheme() == "https" || QUILO_ALLOW_HTTP_UPDATES)
+        << "this build's own site";
 }
 
 } // namespace
