@@ -18,13 +18,13 @@
 #include <QDesktopServices>
 #include <QMessageBox>
 #include <QSystemTrayIcon>
-#include <QThread>
 
 namespace quilo {
 
 QuiloController::QuiloController(UserDefaults& defaults)
     : defaults_(defaults)
     , hotKeysController_(HotKeysController::sharedInstance())
+    , updateDocumentURL_(updateDocumentURL())
 {
     QVariantMap factoryDefaults = booleanFactoryDefaults();
     factoryDefaults.insert(RTZHotKeysKey, hotKeysController_.defaultHotKeysDict());
@@ -34,6 +34,12 @@ QuiloController::QuiloController(UserDefaults& defaults)
 
 QuiloController::~QuiloController()
 {
+    // The check uses the defaults, the notification centre and this object,
+    // which all go once Quilo has quit: it must end first.
+    if (updateCheck_.joinable()) {
+        updateCheck_.request_stop();
+        updateCheck_.join();
+    }
     NotificationCenter::defaultCenter().removeObserver(this);
     // Quitting during a job stops it after the file in hand, as Stop does,
     // rather than leaving an invisible Quilo to finish the selection.
@@ -51,11 +57,13 @@ void QuiloController::applicationDidFinishLaunching()
         this, QStringLiteral("RTZHandleHotKeyEvent"),
         [this](const Notification& notification) { handleHotKeyEvent(notification); });
     hotKeysController_.registerHotKeys();
-    if (defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey)) {
-        QThread* updateThread = QThread::create([this] { checkForUpdates(); });
-        connect(updateThread, &QThread::finished, updateThread, &QObject::deleteLater);
-        updateThread->start();
-    }
+    if (defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey))
+        checkForUpdatesInTheBackground();
+}
+
+void QuiloController::checkForUpdatesInTheBackground()
+{
+    updateCheck_ = std::jthread([this](std::stop_token stop) { checkForUpdates(std::move(stop)); });
 }
 
 // A request may come in before launching has finished.
@@ -114,10 +122,10 @@ void QuiloController::showRunning()
         theStatusItem_->trayIcon()->showMessage(QStringLiteral("Quilo"), message);
 }
 
-// On a thread of its own: the fetch blocks.
-void QuiloController::checkForUpdates()
+void QuiloController::checkForUpdates(std::stop_token stop)
 {
-    auto update = RTZUpdate::updateForApplication(QStringLiteral("Quilo"), updateDocumentURL(), defaults_);
+    auto update = RTZUpdate::updateForApplication(QStringLiteral("Quilo"), updateDocumentURL_, defaults_);
+    update->setStopToken(std::move(stop));
     update->checkForUpdates(false, QString::fromLatin1(kApplicationVersion), RTZCheckForUpdatesAtLaunchKey,
                             RTZLastCheckForUpdatesKey, false);
 }

@@ -7,8 +7,11 @@
 #include <QMenu>
 #include <QObject>
 #include <QStringList>
+#include <QUrl>
 
 #include <memory>
+#include <stop_token>
+#include <thread>
 
 class QAction;
 
@@ -45,7 +48,11 @@ public:
     bool isRunningAJob() const;
     // Another start of Quilo in this session: says where Quilo is.
     void showRunning();
-    void checkForUpdates();
+    // The check at launch, on a thread of its own: its fetch blocks. Quitting
+    // stops it and waits for it.
+    void checkForUpdatesInTheBackground();
+    void checkForUpdates(std::stop_token stop = {});
+    void setUpdateDocumentURL(const QUrl& url) { updateDocumentURL_ = url; }
 
     void menuCreateThumbs();
     void menuSaveAsICNS();
@@ -76,6 +83,8 @@ private:
     QAction* menuCreateThumbs_ = nullptr;
     QAction* menuRestoreThumbs_ = nullptr;
     QAction* menuSaveAsICNS_ = nullptr;
+    QUrl updateDocumentURL_;
+    std::jthread updateCheck_;
 };
 
 } // namespace quilo

@@ -69,13 +69,15 @@ RTZUpdate::RTZUpdate(const QString& application, const QUrl& atURL, UserDefaults
     : application_(application)
     , dictURL_(atURL)
     , defaults_(defaults)
-    , runAlert_(runUpdateAlertBox)
 {
+    setAlertRunner({});
 }
 
 void RTZUpdate::setAlertRunner(AlertRunner runAlert)
 {
-    runAlert_ = runAlert ? std::move(runAlert) : AlertRunner(runUpdateAlertBox);
+    if (!runAlert)
+        runAlert = [this](const UpdateAlert& alert) { return runUpdateAlertBox(alert, stop_); };
+    runAlert_ = std::move(runAlert);
 }
 
 void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVersion, const QString& autoCheckKey,
@@ -87,6 +89,8 @@ void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVer
     }
     logLine("Checking for updates...");
     const Published published = fetchPublished();
+    if (stopped())
+        return;
     if (published.latest == runningAppVersion) {
         reportUpToDate(userInitiated, *published.latest);
     } else if (!published.latest) {
@@ -97,6 +101,8 @@ void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVer
     } else {
         offerUpdate(userInitiated, published, autoCheckKey);
     }
+    if (stopped())
+        return;
     logLastCheckedDate(lastCheckKey);
     broadcastFinishedCheckingForUpdates();
 }
@@ -105,7 +111,9 @@ RTZUpdate::Published RTZUpdate::fetchPublished() const
 {
     Published published;
     QString cause;
-    const auto document = propertyListWithContentsOfURL(dictURL_, timeout_, &cause);
+    const auto document = propertyListWithContentsOfURL(dictURL_, timeout_, &cause, {}, stop_);
+    if (stop_.stop_requested())
+        return published;
     const QVariant entry = document && document->typeId() == QMetaType::QVariantMap
         ? document->toMap().value(application_)
         : QVariant();
@@ -120,6 +128,16 @@ RTZUpdate::Published RTZUpdate::fetchPublished() const
                        {application_, dictURL_.toString(), cause});
     }
     return published;
+}
+
+// Quilo is quitting: what the check holds (the defaults, the notification
+// centre, the GUI thread) is about to go.
+bool RTZUpdate::stopped() const
+{
+    const bool stop = stop_.stop_requested();
+    if (stop)
+        logLine("Update check stopped: Quilo is quitting.");
+    return stop;
 }
 
 void RTZUpdate::reportUpToDate(bool userInitiated, const QString& latest)

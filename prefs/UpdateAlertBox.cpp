@@ -8,6 +8,11 @@
 #include <QPushButton>
 #include <QThread>
 
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+
 namespace quilo {
 namespace {
 
@@ -67,7 +72,7 @@ int runOnGuiThread(const UpdateAlert& alert)
 
 } // namespace
 
-int runUpdateAlertBox(const UpdateAlert& alert)
+int runUpdateAlertBox(const UpdateAlert& alert, std::stop_token cancel)
 {
     auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
     if (!application) {
@@ -76,10 +81,27 @@ int runUpdateAlertBox(const UpdateAlert& alert)
     }
     if (QThread::currentThread() == application->thread())
         return runOnGuiThread(alert);
-    int answer = kAlertOtherReturn;
+    // Not a blocking call: a GUI thread that is quitting waits for this
+    // thread and never runs the alert, so the wait must end on a stop too.
+    struct Answer {
+        std::mutex mutex;
+        std::condition_variable_any given;
+        std::optional<int> button;
+    };
+    auto answer = std::make_shared<Answer>();
     QMetaObject::invokeMethod(
-        application, [&] { answer = runOnGuiThread(alert); }, Qt::BlockingQueuedConnection);
-    return answer;
+        application,
+        [alert, answer] {
+            const int button = runOnGuiThread(alert);
+            const std::lock_guard lock(answer->mutex);
+            answer->button = button;
+            answer->given.notify_all();
+        },
+        Qt::QueuedConnection);
+    std::unique_lock lock(answer->mutex);
+    if (!answer->given.wait(lock, cancel, [&] { return answer->button.has_value(); }))
+        return kAlertOtherReturn;
+    return *answer->button;
 }
 
 } // namespace quilo

@@ -5,11 +5,14 @@
 #include "foundation/NotificationCenter.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
+#include "tests/support/LoopbackHttpServer.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <QAction>
+
+#include <thread>
 
 namespace quilo::test {
 namespace {
@@ -53,6 +56,29 @@ TEST_F(QuiloControllerTest, HotKeyEventsWithOtherNamesStartNothing)
                                  QVariant(QStringLiteral("Save as ICNS"))})
         controller.handleHotKeyEvent(Notification{"RTZHandleHotKeyEvent", name, {}});
     EXPECT_EQ(controller.creatingThumbnailsWindow(), nullptr);
+}
+
+// Quitting while the check at launch still waits for the maker's site ends
+// the check there: nothing of it runs once Quilo's objects are gone.
+TEST_F(QuiloControllerTest, QuittingStopsTheUpdateCheckStillFetching)
+{
+    LoopbackHttpServer site;
+    site.serve("/appversions.xml",
+               HttpResponse::late("<plist><dict><key>Quilo</key><dict><key>Current Version</key><string>1.1</string>"
+                                  "</dict></dict></plist>",
+                                  1500));
+    auto quitting = std::make_unique<QuiloController>(defaults);
+    quitting->setUpdateDocumentURL(site.url("/appversions.xml"));
+    quitting->checkForUpdatesInTheBackground();
+    for (int tries = 0; tries < 100 && site.requests().isEmpty(); ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_FALSE(site.requests().isEmpty());
+
+    const auto quitAt = std::chrono::steady_clock::now();
+    quitting.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - quitAt, std::chrono::milliseconds(1000));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2000)); // past the site's answer
+    EXPECT_FALSE(defaults.objectForKey(RTZLastCheckForUpdatesKey).isValid());
 }
 
 } // namespace
