@@ -17,8 +17,9 @@ namespace {
 
 QString text(const char* key) { return localizedString(key, {}, "RTZUpdate"); }
 
-// Values from the document go into log lines: no control character may split
-// a line, and a long one is cut.
+// Values from the document go into log lines and alerts: no control
+// character may split a line, and a long one is cut (laying out a megabyte
+// would freeze the alert, and no screen could show it).
 QString printable(const QString& value)
 {
     constexpr qsizetype kLongest = 200;
@@ -156,7 +157,8 @@ void RTZUpdate::offerUpdate(bool userInitiated, const Published& published, cons
     const QString& latest = *published.latest;
     logWithObjects("%@ version %@ is available.", {application_, latest});
     UpdateAlert alert{text("Update Available window title"),
-                      stringWithFormat(text("Update Available window body"), {application_, latest}), text("Yes"),
+                      stringWithFormat(text("Update Available window body"), {application_, printable(latest)}),
+                      text("Yes"),
                       std::nullopt, text("No")};
     // Turning the check off is offered only by the check that runs unasked.
     if (!userInitiated)

@@ -11,6 +11,7 @@
 #include "tests/support/TemporaryDirectory.h"
 
 #include <QDateTime>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -23,7 +24,7 @@ namespace {
 
 using namespace quilo::test;
 
-QByteArray updateDocument(const char* version)
+QByteArray updateDocument(const QByteArray& version)
 {
     return QByteArray("<?xml version=\"1.0\"?><plist><dict><key>Quilo</key><dict><key>Current Version</key><string>")
         + version + "</string><key>Download URL</key><string>https://www.example.com/quilo/</string></dict>"
@@ -128,6 +129,36 @@ TEST_F(UpdateAlertOnScreen, AutomaticCheckFromItsThreadIsAnsweredDontAskAgain)
     checker.join();
     EXPECT_EQ(defaults_.objectForKey(RTZCheckForUpdatesAtLaunchKey), QVariant(false));
     EXPECT_TRUE(defaults_.objectForKey(RTZLastCheckForUpdatesKey).toDateTime().isValid());
+    EXPECT_EQ(notifications_, 1);
+}
+
+// A hostile document's version, nearly as long as a document may be and with
+// no place to break a line: the alert shows what the log shows (200
+// characters) and fits on the screen, where its buttons can be clicked.
+TEST_F(UpdateAlertOnScreen, HugeVersionIsCutAndTheAlertFitsTheScreen)
+{
+    const QString title = "A new version is available";
+    const QByteArray version((1 << 20) - 512, 'W');
+    server_.serve("/appversions.xml", HttpResponse::document(updateDocument(version)));
+    std::thread checker([this] { check(true); });
+    actAsUser([&] {
+        QMessageBox* box = alertOnScreen(title);
+        ASSERT_TRUE(box);
+        keepPainted([] { return QGuiApplication::primaryScreen()->grabWindow(0).toImage(); },
+                    "update-alert-huge-version-screen.png");
+        onGui([&] {
+            EXPECT_EQ(box->informativeText(), "Quilo " + QString(200, 'W') + "... is available. Would you like to go to "
+                                              "its download page now?");
+            const QRect screen = box->screen()->availableGeometry();
+            EXPECT_TRUE(screen.contains(box->frameGeometry())) << box->width() << "x" << box->height();
+        });
+        QPushButton* no = button(box, "No");
+        ASSERT_TRUE(no);
+        click(no);
+        EXPECT_TRUE(eventually([&] { return finished_.load(); }));
+        dismissAny(title);
+    });
+    checker.join();
     EXPECT_EQ(notifications_, 1);
 }
 

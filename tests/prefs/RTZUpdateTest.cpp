@@ -97,7 +97,7 @@ TEST_F(UpdateCheckTest, ManualCheckOffersYesAndNo)
 
 // Versions are told apart as strings: older, longer, a blank before or after,
 // a letter added, none at all, all count as an update. A line break in one is
-// not let into the log, nor the whole of a long one.
+// let neither into the log nor into the alert, nor the whole of a long one.
 TEST_F(UpdateCheckTest, AnyOtherVersionStringIsAnUpdate)
 {
     const struct {
@@ -112,7 +112,7 @@ TEST_F(UpdateCheckTest, AnyOtherVersionStringIsAnUpdate)
         LogCapture log;
         check(false);
         ASSERT_EQ(alerts_.size(), 1u) << version.logged;
-        EXPECT_TRUE(alerts_[0].informativeText.startsWith("Quilo " + version.published + " is available."));
+        EXPECT_TRUE(alerts_[0].informativeText.startsWith(QString::fromStdString("Quilo " + version.logged + " is available.")));
         const std::string available = "Quilo version " + version.logged + " is available.";
         EXPECT_EQ(log.lines(), (Lines{"Checking for updates...", available}));
     }
