@@ -32,6 +32,18 @@ void takeOwnKeys(DesktopKeyValues& group, AutostartEntry& entry)
     }
 }
 
+// What a desktop's startup settings write to switch an entry off, short of
+// deleting it.
+bool isSwitchedOff(const DesktopKeyValues& group)
+{
+    for (const auto& [key, value] : group) {
+        if ((key == QStringLiteral("Hidden") && value.trimmed() == QStringLiteral("true"))
+            || (key == QStringLiteral("X-GNOME-Autostart-enabled") && value.trimmed() == QStringLiteral("false")))
+            return true;
+    }
+    return false;
+}
+
 QString execProgramOf(const DesktopKeyValues& group)
 {
     for (const auto& [key, value] : group) {
@@ -85,6 +97,8 @@ AutostartEntry autostartEntryFromDesktopFile(const QByteArray& fileText)
         if (!program.isEmpty())
             entry[AutostartKey::Path] = program;
     }
+    if (isSwitchedOff(group))
+        entry[AutostartKey::Disabled] = true;
     entry[AutostartKey::DesktopEntry] = listFromGroup(group);
     return entry;
 }

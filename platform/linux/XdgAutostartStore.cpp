@@ -83,10 +83,18 @@ QList<AutostartEntry> XdgAutostartStore::readEntries()
 bool XdgAutostartStore::writeEntries(const QList<AutostartEntry>& entries)
 {
     const ItemFiles files = readItemFiles();
+    // The files that items still read from keep them; the others' names are
+    // free for new items.
+    std::set<std::string> kept;
+    for (const AutostartEntry& entry : entries) {
+        const std::string readFrom = entry.value(AutostartKey::DesktopFile).toString().toStdString();
+        if (files.contains(readFrom))
+            kept.insert(readFrom);
+    }
     std::set<std::string> claimed;
     bool succeeded = true;
     for (const AutostartEntry& entry : entries) {
-        const std::string name = fileNameFor(entry, files, claimed);
+        const std::string name = fileNameFor(entry, files, kept, claimed);
         claimed.insert(name);
         const auto file = files.find(name);
         if (file == files.end() || file->second != entry)
@@ -100,8 +108,10 @@ bool XdgAutostartStore::writeEntries(const QList<AutostartEntry>& entries)
 }
 
 // The file an item was read from while it is still there and no earlier item
-// took it; otherwise a new name after the item's program.
+// took it; otherwise a new name after the item's program, which may be that
+// of a file whose item is gone.
 std::string XdgAutostartStore::fileNameFor(const AutostartEntry& entry, const ItemFiles& files,
+                                           const std::set<std::string>& kept,
                                            const std::set<std::string>& claimed) const
 {
     const std::string readFrom = entry.value(AutostartKey::DesktopFile).toString().toStdString();
@@ -109,7 +119,7 @@ std::string XdgAutostartStore::fileNameFor(const AutostartEntry& entry, const It
         return readFrom;
     const std::string stem = fileNameStem(entry);
     std::string name = stem + ".desktop";
-    for (int number = 2; files.contains(name) || claimed.contains(name); ++number)
+    for (int number = 2; kept.contains(name) || claimed.contains(name); ++number)
         name = stem + '-' + std::to_string(number) + ".desktop";
     return name;
 }

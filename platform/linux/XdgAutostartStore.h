@@ -17,7 +17,8 @@ namespace quilo {
 // list is the files in the byte order of their names. Unchanged items keep
 // their files and so their places; a new item is named after its program
 // ("quilo.desktop"), then "quilo-2.desktop", "quilo-3.desktop" and so on when
-// the name is taken, and is read back where that name sorts.
+// the name is taken by an item that stays, and is read back where that name
+// sorts.
 //
 // Items read remember their file ("Desktop File"). Writing touches only what
 // changed: a file whose item comes back equal is left byte for byte, a
@@ -40,7 +41,7 @@ private:
     using ItemFiles = std::map<std::string, AutostartEntry>;
 
     ItemFiles readItemFiles() const;
-    std::string fileNameFor(const AutostartEntry& entry, const ItemFiles& files,
+    std::string fileNameFor(const AutostartEntry& entry, const ItemFiles& files, const std::set<std::string>& kept,
                             const std::set<std::string>& claimed) const;
     bool writeItemFile(const std::string& name, const AutostartEntry& entry) const;
     bool removeItemFile(const std::string& name) const;
