@@ -103,14 +103,19 @@ AutostartEntry autostartEntryFromDesktopFile(const QByteArray& fileText)
     return entry;
 }
 
-std::optional<QByteArray> desktopFileFromAutostartEntry(const AutostartEntry& entry)
+bool isNewAutostartEntry(const AutostartEntry& entry)
+{
+    return groupFromList(entry.value(AutostartKey::DesktopEntry).toList()).isEmpty();
+}
+
+std::optional<QByteArray> desktopFileFromAutostartEntry(const AutostartEntry& entry, const QString& launchPath)
 {
     const QString path = entry.value(AutostartKey::Path).toString();
     DesktopKeyValues group = groupFromList(entry.value(AutostartKey::DesktopEntry).toList());
     if (group.isEmpty() && path.isEmpty())
         return std::nullopt;
     if (group.isEmpty())
-        group = startingKeys(path);
+        group = startingKeys(launchPath.isEmpty() ? path : launchPath);
     if (entry.contains(AutostartKey::Path))
         group.append({kPathKey, escapedDesktopValue(path)});
     if (entry.contains(AutostartKey::Hide))
