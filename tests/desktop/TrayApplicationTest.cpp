@@ -2,9 +2,9 @@
 // real tray host on the test's X server; the person clicks the tray icon,
 // presses hot keys and copies files in another program.
 #include "foundation/QuiloKeys.h"
-#include "prefs/MakersWebSite.h"
 #include "foundation/UserDefaults.h"
 #include "hotkeys/HotKeysController.h"
+#include "prefs/MakersWebSite.h"
 #include "tests/desktop/TrayDesktop.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -305,8 +305,8 @@ TEST_F(TrayApplication, UpdateCheckAtLaunchOnlyWhenSwitchedOn)
     defaults().synchronize();
     auto quilo = startQuilo({}, "with-check");
     // A build without the maker's site says why it asks nobody.
-    EXPECT_TRUE(quilo->waitForLog(updateDocumentURL().isEmpty() ? "Not checking for updates" : "Checking for updates..."))
-        << quilo->log();
+    const char* started = updateDocumentURL().isEmpty() ? "Not checking for updates" : "Checking for updates...";
+    EXPECT_TRUE(quilo->waitForLog(started)) << quilo->log();
 }
 
 // A file manager's entry, and a second start, reach the Quilo that runs.

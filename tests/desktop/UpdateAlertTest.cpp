@@ -147,8 +147,9 @@ TEST_F(UpdateAlertOnScreen, HugeVersionIsCutAndTheAlertFitsTheScreen)
         keepPainted([] { return QGuiApplication::primaryScreen()->grabWindow(0).toImage(); },
                     "update-alert-huge-version-screen.png");
         onGui([&] {
-            EXPECT_EQ(box->informativeText(), "Quilo " + QString(200, 'W') + "... is available. Would you like to go to "
-                                              "its download page now?");
+            const QString cut = QString(200, 'W') + "...";
+            EXPECT_EQ(box->informativeText(), "Quilo " + cut + " is available. Would you like to go to its download "
+                                                               "page now?");
             const QRect screen = box->screen()->availableGeometry();
             EXPECT_TRUE(screen.contains(box->frameGeometry())) << box->width() << "x" << box->height();
         });
