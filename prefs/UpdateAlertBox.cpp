@@ -23,12 +23,30 @@ QPushButton* addButton(QMessageBox& box, const QString& title, QMessageBox::Butt
     return button;
 }
 
+// A label wraps only between words and clips a word wider than itself: long
+// runs (a version from the network) get places to break, unseen.
+QString breakableText(const QString& text)
+{
+    constexpr int kLongestRun = 24;
+    QString breakable;
+    int run = 0;
+    for (const QChar c : text) {
+        run = c.isSpace() ? 0 : run + 1;
+        if (run > kLongestRun) {
+            breakable += QChar(0x200B); // zero-width space
+            run = 1;
+        }
+        breakable += c;
+    }
+    return breakable;
+}
+
 void setTexts(QMessageBox& box, const UpdateAlert& alert)
 {
     box.setWindowTitle(alert.messageText);
     box.setTextFormat(Qt::RichText);
     box.setText("<b>" + alert.messageText.toHtmlEscaped() + "</b>");
-    box.setInformativeText(alert.informativeText);
+    box.setInformativeText(breakableText(alert.informativeText));
     // The version in the sentence comes from the network: text, never markup.
     if (auto* informative = box.findChild<QLabel*>("qt_msgbox_informativelabel"))
         informative->setTextFormat(Qt::PlainText);

@@ -12,6 +12,7 @@
 
 #include <QDateTime>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -148,10 +149,16 @@ TEST_F(UpdateAlertOnScreen, HugeVersionIsCutAndTheAlertFitsTheScreen)
                     "update-alert-huge-version-screen.png");
         onGui([&] {
             const QString cut = QString(200, 'W') + "...";
-            EXPECT_EQ(box->informativeText(), "Quilo " + cut + " is available. Would you like to go to its download "
-                                                               "page now?");
+            EXPECT_EQ(box->informativeText().remove(QChar(0x200B)),
+                      "Quilo " + cut + " is available. Would you like to go to its download page now?");
             const QRect screen = box->screen()->availableGeometry();
             EXPECT_TRUE(screen.contains(box->frameGeometry())) << box->width() << "x" << box->height();
+            // All of it is shown: no line runs past the label, no line below it.
+            const auto* label = box->findChild<QLabel*>("qt_msgbox_informativelabel");
+            const QRect text = label->fontMetrics().boundingRect(QRect(0, 0, label->width(), screen.height()),
+                                                                 Qt::TextWordWrap, label->text());
+            EXPECT_TRUE(label->contentsRect().size().expandedTo(text.size()) == label->contentsRect().size())
+                << text.width() << "x" << text.height() << " in " << label->width() << "x" << label->height();
         });
         QPushButton* no = button(box, "No");
         ASSERT_TRUE(no);
