@@ -100,15 +100,5 @@ TEST_F(RTZLoginItemHelperTest, SwitchedOffIsNotInUntilAddedAgain)
     }
 }
 
-TEST_F(RTZLoginItemHelperTest, NameComparedCaseAndAll)
-{
-    writeFileText(autostart() / "capitals.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Q\nExec=/Applications/Quilo\n");
-    EXPECT_FALSE(RTZLoginItemHelper::isSelfInLoginItems());
-    writeFileText(autostart() / "small.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Q\nExec=/Applications/quilo\n");
-    EXPECT_TRUE(RTZLoginItemHelper::isSelfInLoginItems());
-}
-
 } // namespace
 } // namespace quilo::test
