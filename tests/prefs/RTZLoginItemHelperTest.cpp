@@ -43,18 +43,6 @@ TEST_F(RTZLoginItemHelperTest, NoListThenOneItemThenAnEmptyList)
     EXPECT_TRUE(directoryListing(autostart()).empty());
 }
 
-TEST_F(RTZLoginItemHelperTest, AddingTwiceGivesTwoItems)
-{
-    RTZLoginItemHelper::addSelfToLoginItems(false);
-    RTZLoginItemHelper::addSelfToLoginItems(true);
-    EXPECT_EQ(directoryListing(autostart()), (std::set<std::string>{"quilo.desktop", "quilo-2.desktop"}));
-    QList<bool> hidden;
-    for (const AutostartEntry& entry : makeAutostartStore()->readEntries())
-        hidden.append(entry.value("Hide").toBool());
-    std::sort(hidden.begin(), hidden.end());
-    EXPECT_EQ(hidden, (QList<bool>{false, true}));
-}
-
 // Quilo's items are found by the program's name however they were written:
 // by Quilo (X-Quilo-Path) or by hand or another tool (the program of Exec,
 // quoted or not). Other programs' files stay byte for byte, unwritten.
