@@ -45,15 +45,30 @@ bool fitsASocketAddress(const QString& path)
     return QFile::encodeName(path).size() < qsizetype(sizeof(sockaddr_un::sun_path));
 }
 
-// "quilo-UID" in the temporary folder, made if missing. One that is there
-// already is used only if it is the user's own and private.
-std::optional<QString> privateTemporaryFolder()
+// The user's cache folder: under their home, where no other user can take a
+// name first, as anyone can in a shared temporary folder.
+QString cacheFolder()
 {
-    const QString path = QDir::tempPath() + QStringLiteral("/quilo-%1").arg(::getuid());
-    if (::mkdir(QFile::encodeName(path).constData(), 0700) != 0 && errno != EEXIST) {
-        logFormat("Cannot make the folder for Quilo's socket: %s", std::strerror(errno));
+    const QString cache = environment("XDG_CACHE_HOME");
+    return cache.startsWith('/') ? cache : QDir::homePath() + QStringLiteral("/.cache");
+}
+
+bool makeFolder(const QString& path)
+{
+    if (::mkdir(QFile::encodeName(path).constData(), 0700) == 0 || errno == EEXIST)
+        return true;
+    logFormat("Cannot make the folder %s for Quilo's socket: %s", QFile::encodeName(path).constData(),
+              std::strerror(errno));
+    return false;
+}
+
+// "quilo" in the cache folder, made if missing. One that is there already is
+// used only if it is the user's own and private.
+std::optional<QString> privateCacheFolder()
+{
+    const QString path = cacheFolder() + QStringLiteral("/quilo");
+    if (!makeFolder(cacheFolder()) || !makeFolder(path))
         return std::nullopt;
-    }
     if (!isPrivateFolder(path)) {
         logFormat("Not using %s for Quilo's socket: it is not a private folder of this user",
                   QFile::encodeName(path).constData());
@@ -88,7 +103,7 @@ std::optional<InstanceAddress> InstanceAddress::forThisSession()
     const QString runtime = environment("XDG_RUNTIME_DIR");
     if (runtime.startsWith('/') && isPrivateFolder(runtime) && fitsASocketAddress(runtime + '/' + name))
         return InstanceAddress{runtime, name};
-    const auto folder = privateTemporaryFolder();
+    const auto folder = privateCacheFolder();
     if (!folder)
         return std::nullopt;
     if (!fitsASocketAddress(*folder + '/' + name)) {

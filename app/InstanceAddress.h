@@ -16,8 +16,8 @@ struct InstanceAddress {
     QString socketPath() const { return directory + '/' + name; }
     QString lockPath() const { return socketPath() + QStringLiteral(".lock"); }
 
-    // The folder is $XDG_RUNTIME_DIR, else "quilo-UID" in the temporary
-    // folder, made with mode 0700; a folder that another user owns, that is
+    // The folder is $XDG_RUNTIME_DIR, else "quilo" in the user's cache
+    // folder ($XDG_CACHE_HOME, else ~/.cache), made with mode 0700; a folder that another user owns, that is
     // a symbolic link or that others may enter is passed over. The session
     // is $XDG_SESSION_ID, else the X display, else the Wayland display.
     // Nullopt, with a log line, when there is no safe folder.

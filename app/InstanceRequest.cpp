@@ -189,7 +189,7 @@ std::optional<MessageCode> decodeReply(QByteArrayView payload)
     if (payload.size() != 1)
         return std::nullopt;
     const auto code = MessageCode(std::uint8_t(payload.front()));
-    if (code != MessageCode::Accepted && code != MessageCode::Refused)
+    if (code != MessageCode::Accepted && code != MessageCode::Refused && code != MessageCode::Busy)
         return std::nullopt;
     return code;
 }

@@ -18,6 +18,7 @@ enum class MessageCode : std::uint8_t {
     RunJob = 2,   // a job on the files a file manager's entry handed over
     Accepted = 0x80,
     Refused = 0x81,
+    Busy = 0x82, // a valid job, turned down while another one runs
 };
 
 // What an instance reads from a peer at most: one message, the files in a
@@ -66,7 +67,7 @@ private:
 
 // A reply is its code alone.
 QByteArray encodeReply(MessageCode reply);
-// Nullopt for anything but Accepted or Refused.
+// Nullopt for anything but Accepted, Refused or Busy.
 std::optional<MessageCode> decodeReply(QByteArrayView payload);
 
 } // namespace quilo

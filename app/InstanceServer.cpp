@@ -97,13 +97,26 @@ void InstanceServer::serve(QLocalSocket* socket)
             const auto request = InstanceRequest::decode(*payload, &error);
             if (!request)
                 logFormat("Refused a request: %s", error.toUtf8().constData());
-            answer(socket, encodeReply(request ? MessageCode::Accepted : MessageCode::Refused));
-            if (request)
+            const MessageCode reply = replyTo(request ? &*request : nullptr);
+            answer(socket, encodeReply(reply));
+            if (reply == MessageCode::Accepted)
                 announce(*request);
         }
     };
     connect(socket, &QLocalSocket::readyRead, this, readRequest);
     readRequest(); // bytes that came with the connection
+}
+
+MessageCode InstanceServer::replyTo(const InstanceRequest* request) const
+{
+    if (!request)
+        return MessageCode::Refused;
+    // Turned down here rather than dropped later, so the peer can say why.
+    if (request->code() == MessageCode::RunJob && isBusy_ && isBusy_()) {
+        logLine("A job is running; the file manager's request is refused.");
+        return MessageCode::Busy;
+    }
+    return MessageCode::Accepted;
 }
 
 // One request a connection: the reply is the last thing said on it.

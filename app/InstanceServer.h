@@ -1,17 +1,18 @@
 #pragma once
 
 #include "app/InstanceAddress.h"
+#include "app/InstanceRequest.h"
 
 #include <QLocalServer>
 #include <QLockFile>
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
+
 class QLocalSocket;
 
 namespace quilo {
-
-class InstanceRequest;
 
 // The running instance's end of the channel. It holds the session's lock
 // while it lives, so a second Quilo finds it taken, and takes one request
@@ -31,6 +32,9 @@ public:
     // replaced: holding the lock means nobody else serves there.
     bool listen();
     bool isListening() const { return server_.isListening(); }
+    // Asked before a job is taken: while it says true, jobs are answered Busy
+    // and not announced.
+    void setBusyCheck(std::function<bool()> isBusy) { isBusy_ = std::move(isBusy); }
     const InstanceAddress& address() const { return address_; }
 
 signals:
@@ -40,10 +44,12 @@ signals:
 private:
     void acceptConnections();
     void serve(QLocalSocket* socket);
+    MessageCode replyTo(const InstanceRequest* request) const;
     void answer(QLocalSocket* socket, const QByteArray& payload);
     void announce(const InstanceRequest& request);
 
     InstanceAddress address_;
+    std::function<bool()> isBusy_;
     QLockFile lock_; // released after the socket is gone, members going in reverse order
     QLocalServer server_;
 };

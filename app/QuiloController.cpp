@@ -18,13 +18,13 @@
 #include <QDesktopServices>
 #include <QMessageBox>
 #include <QSystemTrayIcon>
-#include <QThread>
 
 namespace quilo {
 
 QuiloController::QuiloController(UserDefaults& defaults)
     : defaults_(defaults)
     , hotKeysController_(HotKeysController::sharedInstance())
+    , updateDocumentURL_(updateDocumentURL())
 {
     QVariantMap factoryDefaults = booleanFactoryDefaults();
     factoryDefaults.insert(RTZHotKeysKey, hotKeysController_.defaultHotKeysDict());
@@ -34,6 +34,12 @@ QuiloController::QuiloController(UserDefaults& defaults)
 
 QuiloController::~QuiloController()
 {
+    // The check uses the defaults, the notification centre and this object,
+    // which all go once Quilo has quit: it must end first.
+    if (updateCheck_.joinable()) {
+        updateCheck_.request_stop();
+        updateCheck_.join();
+    }
     NotificationCenter::defaultCenter().removeObserver(this);
     // Quitting during a job stops it after the file in hand, as Stop does,
     // rather than leaving an invisible Quilo to finish the selection.
@@ -51,11 +57,13 @@ void QuiloController::applicationDidFinishLaunching()
         this, QStringLiteral("RTZHandleHotKeyEvent"),
         [this](const Notification& notification) { handleHotKeyEvent(notification); });
     hotKeysController_.registerHotKeys();
-    if (defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey)) {
-        QThread* updateThread = QThread::create([this] { checkForUpdates(); });
-        connect(updateThread, &QThread::finished, updateThread, &QObject::deleteLater);
-        updateThread->start();
-    }
+    if (defaults_.boolForKey(RTZCheckForUpdatesAtLaunchKey))
+        checkForUpdatesInTheBackground();
+}
+
+void QuiloController::checkForUpdatesInTheBackground()
+{
+    updateCheck_ = std::jthread([this](std::stop_token stop) { checkForUpdates(std::move(stop)); });
 }
 
 // A request may come in before launching has finished.
@@ -104,12 +112,17 @@ void QuiloController::startThumbActionForFiles(int kind, const QStringList& path
 {
     createJobDriverIfNeeded();
     // The files must not wait for a later job from the menu.
-    if (creatingThumbnailsWindow_->currentlyProcessing()) {
+    if (isRunningAJob()) {
         logLine("A job is running; the file manager's request is refused.");
         return;
     }
     selection_.handOver(paths);
     startThumbActionForType(kind);
+}
+
+bool QuiloController::isRunningAJob() const
+{
+    return creatingThumbnailsWindow_ && creatingThumbnailsWindow_->currentlyProcessing();
 }
 
 void QuiloController::showRunning()
@@ -118,10 +131,10 @@ void QuiloController::showRunning()
     menuShowPrefs();
 }
 
-// On a thread of its own: the fetch blocks.
-void QuiloController::checkForUpdates()
+void QuiloController::checkForUpdates(std::stop_token stop)
 {
-    auto update = RTZUpdate::updateForApplication(QStringLiteral("Quilo"), updateDocumentURL(), defaults_);
+    auto update = RTZUpdate::updateForApplication(QStringLiteral("Quilo"), updateDocumentURL_, defaults_);
+    update->setStopToken(std::move(stop));
     update->checkForUpdates(false, QString::fromLatin1(kApplicationVersion), RTZCheckForUpdatesAtLaunchKey,
                             RTZLastCheckForUpdatesKey, false);
 }
@@ -153,7 +166,13 @@ void QuiloController::menuAboutQuilo()
 
 void QuiloController::menuQuit() { QApplication::quit(); }
 
-void QuiloController::donateButton() { QDesktopServices::openUrl(donationPageURL()); }
+void QuiloController::donateButton()
+{
+    if (donationPageURL().isEmpty())
+        logLine("No donation page: this Quilo was built without the maker's web site.");
+    else
+        QDesktopServices::openUrl(donationPageURL());
+}
 
 void QuiloController::buildMenu()
 {

@@ -7,8 +7,11 @@
 #include <QMenu>
 #include <QObject>
 #include <QStringList>
+#include <QUrl>
 
 #include <memory>
+#include <stop_token>
+#include <thread>
 
 class QAction;
 
@@ -41,10 +44,16 @@ public:
     void startThumbActionForType(int kind);
     // A file-manager request: the job runs on the files it handed over.
     void startThumbActionForFiles(int kind, const QStringList& paths);
+    // A file manager's job is turned down meanwhile.
+    bool isRunningAJob() const;
     // Another start of Quilo in this session (an app-menu launcher clicked
     // again): the preferences come to the front.
     void showRunning();
-    void checkForUpdates();
+    // The check at launch, on a thread of its own: its fetch blocks. Quitting
+    // stops it and waits for it.
+    void checkForUpdatesInTheBackground();
+    void checkForUpdates(std::stop_token stop = {});
+    void setUpdateDocumentURL(const QUrl& url) { updateDocumentURL_ = url; }
 
     void menuCreateThumbs();
     void menuSaveAsICNS();
@@ -75,6 +84,8 @@ private:
     QAction* menuCreateThumbs_ = nullptr;
     QAction* menuRestoreThumbs_ = nullptr;
     QAction* menuSaveAsICNS_ = nullptr;
+    QUrl updateDocumentURL_;
+    std::jthread updateCheck_;
 };
 
 } // namespace quilo

@@ -61,6 +61,7 @@ int quiloApplicationMain(int argc, char** argv)
     InstanceServer server(*address);
     if (!server.listen())
         return handOverToFirstInstance();
+    server.setBusyCheck([controller] { return controller->isRunningAJob(); });
     QObject::connect(&server, &InstanceServer::runJobRequested, controller, &QuiloController::startThumbActionForFiles);
     QObject::connect(&server, &InstanceServer::activateRequested, controller, &QuiloController::showRunning);
     return QApplication::exec();

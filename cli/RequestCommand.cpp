@@ -59,6 +59,11 @@ int handOver(const InstanceRequest& request)
                      int(std::chrono::duration_cast<std::chrono::seconds>(kStartTimeout).count()));
         return kExitFailure;
     }
+    if (*reply == MessageCode::Busy) {
+        std::fprintf(stderr, "quilo request: the running Quilo is busy with another job; try again once it has "
+                             "finished\n");
+        return kExitFailure;
+    }
     if (*reply == MessageCode::Refused) {
         std::fprintf(stderr, "quilo request: the running Quilo refused the request\n");
         return kExitFailure;
@@ -113,7 +118,8 @@ install-file-manager-actions installs run this. ACTION is one of:
 
 An empty selection, or a file that is not a picture, gets its alert and the
 job does nothing. The exit status is 0 when the running Quilo took the job,
-1 when there is no display or no Quilo took it, 2 for a wrong command line.
+1 when there is no display or no Quilo took it (none answered, or the
+running one is busy with another job), 2 for a wrong command line.
 )";
 
 } // namespace

@@ -12,13 +12,18 @@ namespace quilo {
 //   "Path"      QString     the program's full path
 //   "Hide"      bool        whether it is to start hidden
 //   "AliasData" QByteArray  an alias record of the program
-// A store may add keys of its own to carry an entry over unchanged.
+// A store may add keys of its own to carry an entry over unchanged. What it
+// reads may also hold
+//   "Disabled"  bool        true for an entry that the session does not start
+//                           (switched off by the desktop's startup settings);
+//                           writing an entry never switches it off.
 using AutostartEntry = QVariantMap;
 
 namespace AutostartKey {
 inline const QString Path = QStringLiteral("Path");
 inline const QString Hide = QStringLiteral("Hide");
 inline const QString AliasData = QStringLiteral("AliasData");
+inline const QString Disabled = QStringLiteral("Disabled");
 } // namespace AutostartKey
 
 // The user's list of programs started at login, read whole and written back

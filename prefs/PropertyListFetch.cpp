@@ -25,7 +25,7 @@ public:
     {
     }
 
-    std::optional<QByteArray> run(QString& error)
+    std::optional<QByteArray> run(QString& error, std::stop_token cancel)
     {
         QNetworkAccessManager manager;
         QNetworkReply* reply = manager.get(request());
@@ -39,6 +39,10 @@ public:
         QObject::connect(reply, &QNetworkReply::metaDataChanged, &loop, [&] { checkAnnouncedSize(reply); });
         QObject::connect(reply, &QNetworkReply::readyRead, &loop, [&] { take(reply); });
         QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+        // Runs at once when the stop came first; the abort waits for the loop.
+        const std::stop_callback onCancel(cancel, [&] {
+            QMetaObject::invokeMethod(reply, [&] { stop(reply, "stopped: Quilo is quitting"); }, Qt::QueuedConnection);
+        });
         deadline.start(timeout_);
         if (!reply->isFinished())
             loop.exec();
@@ -120,7 +124,8 @@ bool isWebAddress(const QUrl& url)
 }
 
 std::optional<QVariant> propertyListWithContentsOfURL(const QUrl& url, std::chrono::milliseconds timeout,
-                                                      QString* error, const PropertyListLimits& limits)
+                                                      QString* error, const PropertyListLimits& limits,
+                                                      std::stop_token cancel)
 {
     QString why;
     std::optional<QVariant> result;
@@ -132,7 +137,7 @@ std::optional<QVariant> propertyListWithContentsOfURL(const QUrl& url, std::chro
         // started the check) runs in the middle of it.
         Download download(url, timeout, limits.maximumBytes);
         std::optional<QByteArray> body;
-        std::unique_ptr<QThread> thread(QThread::create([&] { body = download.run(why); }));
+        std::unique_ptr<QThread> thread(QThread::create([&] { body = download.run(why, cancel); }));
         thread->start();
         thread->wait();
         if (body)

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <optional>
+#include <stop_token>
 
 namespace quilo {
 
@@ -19,9 +20,11 @@ bool isWebAddress(const QUrl& url);
 // followed to http and https addresses only; a body beyond the limits' size
 // is cut off as soon as it shows. Nullopt, with the reason in `error`, for
 // any failure: no connection, no answer in time, a status other than 2xx, a
-// body too large, a document that is not a property list.
+// body too large, a document that is not a property list, a stop requested
+// through `cancel` (which ends the fetch at once).
 std::optional<QVariant> propertyListWithContentsOfURL(const QUrl& url, std::chrono::milliseconds timeout,
                                                       QString* error = nullptr,
-                                                      const PropertyListLimits& limits = {});
+                                                      const PropertyListLimits& limits = {},
+                                                      std::stop_token cancel = {});
 
 } // namespace quilo

@@ -28,14 +28,17 @@ bool isSelf(const AutostartEntry& entry, const QString& selfName)
     return !selfName.isEmpty() && lastPathComponent(entry.value(AutostartKey::Path).toString()) == selfName;
 }
 
+bool isDisabled(const AutostartEntry& entry) { return entry.value(AutostartKey::Disabled).toBool(); }
+
 } // namespace
 
+// An entry the session does not start puts nobody in the login items.
 bool RTZLoginItemHelper::isSelfInLoginItems()
 {
     const QString selfName = lastPathComponent(runningProgramPath());
     const QList<AutostartEntry> entries = makeAutostartStore()->readEntries();
     return std::any_of(entries.begin(), entries.end(), [&](const AutostartEntry& entry) {
-        return isSelf(entry, selfName);
+        return isSelf(entry, selfName) && !isDisabled(entry);
     });
 }
 
@@ -43,6 +46,12 @@ void RTZLoginItemHelper::addSelfToLoginItems(bool hide)
 {
     const auto store = makeAutostartStore();
     QList<AutostartEntry> entries = store->readEntries();
+    // A switched-off entry of Quilo's gives way to the new one, which the
+    // store writes in its place: a desktop's startup settings then show the
+    // one Quilo, switched on.
+    entries.removeIf([selfName = lastPathComponent(runningProgramPath())](const AutostartEntry& entry) {
+        return isSelf(entry, selfName) && isDisabled(entry);
+    });
     const QString path = runningProgramPath();
     entries.append({
         {AutostartKey::AliasData, RTZAliasDataHelper::aliasDataFromFilePath(path)},

@@ -17,8 +17,9 @@ namespace {
 
 QString text(const char* key) { return localizedString(key, {}, "RTZUpdate"); }
 
-// Values from the document go into log lines: no control character may split
-// a line, and a long one is cut.
+// Values from the document go into log lines and alerts: no control
+// character may split a line, and a long one is cut (laying out a megabyte
+// would freeze the alert, and no screen could show it).
 QString printable(const QString& value)
 {
     constexpr qsizetype kLongest = 200;
@@ -69,20 +70,28 @@ RTZUpdate::RTZUpdate(const QString& application, const QUrl& atURL, UserDefaults
     : application_(application)
     , dictURL_(atURL)
     , defaults_(defaults)
-    , runAlert_(runUpdateAlertBox)
 {
+    setAlertRunner({});
 }
 
 void RTZUpdate::setAlertRunner(AlertRunner runAlert)
 {
-    runAlert_ = runAlert ? std::move(runAlert) : AlertRunner(runUpdateAlertBox);
+    if (!runAlert)
+        runAlert = [this](const UpdateAlert& alert) { return runUpdateAlertBox(alert, stop_); };
+    runAlert_ = std::move(runAlert);
 }
 
 void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVersion, const QString& autoCheckKey,
                                 const QString& lastCheckKey, [[maybe_unused]] bool sheetModal)
 {
+    if (dictURL_.isEmpty()) {
+        logLine("Not checking for updates: this Quilo was built without the maker's web site.");
+        return;
+    }
     logLine("Checking for updates...");
     const Published published = fetchPublished();
+    if (stopped())
+        return;
     if (published.latest == runningAppVersion) {
         reportUpToDate(userInitiated, *published.latest);
     } else if (!published.latest) {
@@ -93,6 +102,8 @@ void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVer
     } else {
         offerUpdate(userInitiated, published, autoCheckKey);
     }
+    if (stopped())
+        return;
     logLastCheckedDate(lastCheckKey);
     broadcastFinishedCheckingForUpdates();
 }
@@ -100,15 +111,34 @@ void RTZUpdate::checkForUpdates(bool userInitiated, const QString& runningAppVer
 RTZUpdate::Published RTZUpdate::fetchPublished() const
 {
     Published published;
-    const auto document = propertyListWithContentsOfURL(dictURL_, timeout_);
-    if (!document || document->typeId() != QMetaType::QVariantMap)
+    QString cause;
+    const auto document = propertyListWithContentsOfURL(dictURL_, timeout_, &cause, {}, stop_);
+    if (stop_.stop_requested())
         return published;
-    const QVariant entry = document->toMap().value(application_);
-    if (entry.typeId() != QMetaType::QVariantMap)
-        return published;
-    published.latest = stringValue(entry.toMap(), "Current Version");
-    published.downloadURL = stringValue(entry.toMap(), "Download URL").value_or(QString());
+    const QVariant entry = document && document->typeId() == QMetaType::QVariantMap
+        ? document->toMap().value(application_)
+        : QVariant();
+    if (entry.typeId() == QMetaType::QVariantMap) {
+        published.latest = stringValue(entry.toMap(), "Current Version");
+        published.downloadURL = stringValue(entry.toMap(), "Download URL").value_or(QString());
+    }
+    if (!published.latest) {
+        if (cause.isEmpty())
+            cause = entry.isValid() ? "no \"Current Version\" string in its entry" : "no entry that is a dictionary";
+        logWithObjects("No version of %@ from the update document at %@: %@",
+                       {application_, dictURL_.toString(), cause});
+    }
     return published;
+}
+
+// Quilo is quitting: what the check holds (the defaults, the notification
+// centre, the GUI thread) is about to go.
+bool RTZUpdate::stopped() const
+{
+    const bool stop = stop_.stop_requested();
+    if (stop)
+        logLine("Update check stopped: Quilo is quitting.");
+    return stop;
 }
 
 void RTZUpdate::reportUpToDate(bool userInitiated, const QString& latest)
@@ -127,7 +157,8 @@ void RTZUpdate::offerUpdate(bool userInitiated, const Published& published, cons
     const QString& latest = *published.latest;
     logWithObjects("%@ version %@ is available.", {application_, latest});
     UpdateAlert alert{text("Update Available window title"),
-                      stringWithFormat(text("Update Available window body"), {application_, latest}), text("Yes"),
+                      stringWithFormat(text("Update Available window body"), {application_, printable(latest)}),
+                      text("Yes"),
                       std::nullopt, text("No")};
     // Turning the check off is offered only by the check that runs unasked.
     if (!userInitiated)

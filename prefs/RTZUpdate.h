@@ -10,6 +10,7 @@
 #include <chrono>
 #include <memory>
 #include <optional>
+#include <stop_token>
 
 namespace quilo {
 
@@ -28,6 +29,8 @@ public:
                                                            = UserDefaults::standardUserDefaults());
 
     RTZUpdate(const QString& application, const QUrl& atURL, UserDefaults& defaults);
+    RTZUpdate(const RTZUpdate&) = delete; // its alert runner refers to it
+    RTZUpdate& operator=(const RTZUpdate&) = delete;
 
     const QString& application() const { return application_; }
     void setApplication(const QString& application) { application_ = application; }
@@ -38,6 +41,9 @@ public:
     // it back) and how long the fetch may take in all.
     void setAlertRunner(AlertRunner runAlert);
     void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
+    // A stop requested here ends the fetch, or the wait for an answer, at
+    // once, and the check with it: nothing more is shown, written or posted.
+    void setStopToken(std::stop_token stop) { stop_ = std::move(stop); }
 
     // One whole check, synchronously: fetch, compare, alert, act; then the
     // date of this check and the finished notification, unless the document
@@ -59,6 +65,7 @@ private:
     };
 
     Published fetchPublished() const;
+    bool stopped() const;
     void reportUpToDate(bool userInitiated, const QString& latest);
     void offerUpdate(bool userInitiated, const Published& published, const QString& autoCheckKey);
 
@@ -67,6 +74,7 @@ private:
     UserDefaults& defaults_;
     AlertRunner runAlert_;
     std::chrono::milliseconds timeout_{25'000};
+    std::stop_token stop_;
 };
 
 } // namespace quilo

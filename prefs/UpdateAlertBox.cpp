@@ -8,6 +8,11 @@
 #include <QPushButton>
 #include <QThread>
 
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+
 namespace quilo {
 namespace {
 
@@ -18,12 +23,30 @@ QPushButton* addButton(QMessageBox& box, const QString& title, QMessageBox::Butt
     return button;
 }
 
+// A label wraps only between words and clips a word wider than itself: long
+// runs (a version from the network) get places to break, unseen.
+QString breakableText(const QString& text)
+{
+    constexpr int kLongestRun = 24;
+    QString breakable;
+    int run = 0;
+    for (const QChar c : text) {
+        run = c.isSpace() ? 0 : run + 1;
+        if (run > kLongestRun) {
+            breakable += QChar(0x200B); // zero-width space
+            run = 1;
+        }
+        breakable += c;
+    }
+    return breakable;
+}
+
 void setTexts(QMessageBox& box, const UpdateAlert& alert)
 {
     box.setWindowTitle(alert.messageText);
     box.setTextFormat(Qt::RichText);
     box.setText("<b>" + alert.messageText.toHtmlEscaped() + "</b>");
-    box.setInformativeText(alert.informativeText);
+    box.setInformativeText(breakableText(alert.informativeText));
     // The version in the sentence comes from the network: text, never markup.
     if (auto* informative = box.findChild<QLabel*>("qt_msgbox_informativelabel"))
         informative->setTextFormat(Qt::PlainText);
@@ -67,7 +90,7 @@ int runOnGuiThread(const UpdateAlert& alert)
 
 } // namespace
 
-int runUpdateAlertBox(const UpdateAlert& alert)
+int runUpdateAlertBox(const UpdateAlert& alert, std::stop_token cancel)
 {
     auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
     if (!application) {
@@ -76,10 +99,27 @@ int runUpdateAlertBox(const UpdateAlert& alert)
     }
     if (QThread::currentThread() == application->thread())
         return runOnGuiThread(alert);
-    int answer = kAlertOtherReturn;
+    // Not a blocking call: a GUI thread that is quitting waits for this
+    // thread and never runs the alert, so the wait must end on a stop too.
+    struct Answer {
+        std::mutex mutex;
+        std::condition_variable_any given;
+        std::optional<int> button;
+    };
+    auto answer = std::make_shared<Answer>();
     QMetaObject::invokeMethod(
-        application, [&] { answer = runOnGuiThread(alert); }, Qt::BlockingQueuedConnection);
-    return answer;
+        application,
+        [alert, answer] {
+            const int button = runOnGuiThread(alert);
+            const std::lock_guard lock(answer->mutex);
+            answer->button = button;
+            answer->given.notify_all();
+        },
+        Qt::QueuedConnection);
+    std::unique_lock lock(answer->mutex);
+    if (!answer->given.wait(lock, cancel, [&] { return answer->button.has_value(); }))
+        return kAlertOtherReturn;
+    return *answer->button;
 }
 
 } // namespace quilo

@@ -32,6 +32,18 @@ void takeOwnKeys(DesktopKeyValues& group, AutostartEntry& entry)
     }
 }
 
+// What a desktop's startup settings write to switch an entry off, short of
+// deleting it.
+bool isSwitchedOff(const DesktopKeyValues& group)
+{
+    for (const auto& [key, value] : group) {
+        if ((key == QStringLiteral("Hidden") && value.trimmed() == QStringLiteral("true"))
+            || (key == QStringLiteral("X-GNOME-Autostart-enabled") && value.trimmed() == QStringLiteral("false")))
+            return true;
+    }
+    return false;
+}
+
 QString execProgramOf(const DesktopKeyValues& group)
 {
     for (const auto& [key, value] : group) {
@@ -85,18 +97,25 @@ AutostartEntry autostartEntryFromDesktopFile(const QByteArray& fileText)
         if (!program.isEmpty())
             entry[AutostartKey::Path] = program;
     }
+    if (isSwitchedOff(group))
+        entry[AutostartKey::Disabled] = true;
     entry[AutostartKey::DesktopEntry] = listFromGroup(group);
     return entry;
 }
 
-std::optional<QByteArray> desktopFileFromAutostartEntry(const AutostartEntry& entry)
+bool isNewAutostartEntry(const AutostartEntry& entry)
+{
+    return groupFromList(entry.value(AutostartKey::DesktopEntry).toList()).isEmpty();
+}
+
+std::optional<QByteArray> desktopFileFromAutostartEntry(const AutostartEntry& entry, const QString& launchPath)
 {
     const QString path = entry.value(AutostartKey::Path).toString();
     DesktopKeyValues group = groupFromList(entry.value(AutostartKey::DesktopEntry).toList());
     if (group.isEmpty() && path.isEmpty())
         return std::nullopt;
     if (group.isEmpty())
-        group = startingKeys(path);
+        group = startingKeys(launchPath.isEmpty() ? path : launchPath);
     if (entry.contains(AutostartKey::Path))
         group.append({kPathKey, escapedDesktopValue(path)});
     if (entry.contains(AutostartKey::Hide))

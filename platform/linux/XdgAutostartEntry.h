@@ -32,9 +32,12 @@ inline const QString DesktopFile = QStringLiteral("Desktop File");
 AutostartEntry autostartEntryFromDesktopFile(const QByteArray& fileText);
 
 // The desktop file for an item. An item without "Desktop Entry" keys (a new
-// one) gets those of an entry that starts its "Path": Type, Name, Comment,
-// Exec, Icon, Terminal. Nullopt for an item with neither those keys nor a
-// path, which no file can stand for.
-std::optional<QByteArray> desktopFileFromAutostartEntry(const AutostartEntry& entry);
+// one) gets those of an entry that starts its "Path" (or `launchPath`, when
+// given, a link to it): Type, Name, Comment, Exec, Icon, Terminal. Nullopt
+// for an item with neither those keys nor a path, which no file can stand for.
+std::optional<QByteArray> desktopFileFromAutostartEntry(const AutostartEntry& entry, const QString& launchPath = {});
+
+// Whether the item's file is made anew from its "Path" when written.
+bool isNewAutostartEntry(const AutostartEntry& entry);
 
 } // namespace quilo

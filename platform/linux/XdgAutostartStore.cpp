@@ -19,13 +19,14 @@ namespace fs = std::filesystem;
 // Desktop files are a few hundred bytes; a larger one is read only this far.
 constexpr qint64 kLargestFileRead = 1 << 20;
 
-fs::path sessionAutostartFolder()
+// The XDG rules: a relative XDG_CONFIG_HOME or XDG_DATA_HOME is invalid and
+// ignored.
+fs::path sessionFolder(const char* variable, const char* fallback)
 {
-    // The XDG rules: a relative XDG_CONFIG_HOME is invalid and ignored.
-    const char* configHome = std::getenv("XDG_CONFIG_HOME");
-    if (configHome && configHome[0] == '/')
-        return fs::path(configHome) / "autostart";
-    return fs::path(QFile::encodeName(QDir::homePath()).toStdString()) / ".config" / "autostart";
+    const char* folder = std::getenv(variable);
+    if (folder && folder[0] == '/')
+        return folder;
+    return fs::path(QFile::encodeName(QDir::homePath()).toStdString()) / fallback;
 }
 
 bool isItemFile(const fs::directory_entry& file)
@@ -55,7 +56,11 @@ std::string fileNameStem(const AutostartEntry& entry)
 
 } // namespace
 
-XdgAutostartStore::XdgAutostartStore() : folder_(sessionAutostartFolder()) {}
+XdgAutostartStore::XdgAutostartStore()
+    : folder_(sessionFolder("XDG_CONFIG_HOME", ".config") / "autostart")
+    , linksFolder_(sessionFolder("XDG_DATA_HOME", ".local/share") / "quilo" / "login-items")
+{
+}
 
 XdgAutostartStore::ItemFiles XdgAutostartStore::readItemFiles() const
 {
@@ -83,10 +88,18 @@ QList<AutostartEntry> XdgAutostartStore::readEntries()
 bool XdgAutostartStore::writeEntries(const QList<AutostartEntry>& entries)
 {
     const ItemFiles files = readItemFiles();
+    // The files that items still read from keep them; the others' names are
+    // free for new items.
+    std::set<std::string> kept;
+    for (const AutostartEntry& entry : entries) {
+        const std::string readFrom = entry.value(AutostartKey::DesktopFile).toString().toStdString();
+        if (files.contains(readFrom))
+            kept.insert(readFrom);
+    }
     std::set<std::string> claimed;
     bool succeeded = true;
     for (const AutostartEntry& entry : entries) {
-        const std::string name = fileNameFor(entry, files, claimed);
+        const std::string name = fileNameFor(entry, files, kept, claimed);
         claimed.insert(name);
         const auto file = files.find(name);
         if (file == files.end() || file->second != entry)
@@ -100,8 +113,10 @@ bool XdgAutostartStore::writeEntries(const QList<AutostartEntry>& entries)
 }
 
 // The file an item was read from while it is still there and no earlier item
-// took it; otherwise a new name after the item's program.
+// took it; otherwise a new name after the item's program, which may be that
+// of a file whose item is gone.
 std::string XdgAutostartStore::fileNameFor(const AutostartEntry& entry, const ItemFiles& files,
+                                           const std::set<std::string>& kept,
                                            const std::set<std::string>& claimed) const
 {
     const std::string readFrom = entry.value(AutostartKey::DesktopFile).toString().toStdString();
@@ -109,7 +124,7 @@ std::string XdgAutostartStore::fileNameFor(const AutostartEntry& entry, const It
         return readFrom;
     const std::string stem = fileNameStem(entry);
     std::string name = stem + ".desktop";
-    for (int number = 2; files.contains(name) || claimed.contains(name); ++number)
+    for (int number = 2; kept.contains(name) || claimed.contains(name); ++number)
         name = stem + '-' + std::to_string(number) + ".desktop";
     return name;
 }
@@ -117,7 +132,17 @@ std::string XdgAutostartStore::fileNameFor(const AutostartEntry& entry, const It
 bool XdgAutostartStore::writeItemFile(const std::string& name, const AutostartEntry& entry) const
 {
     const fs::path path = folder_ / name;
-    const std::optional<QByteArray> text = desktopFileFromAutostartEntry(entry);
+    std::optional<QString> launchPath = QString();
+    const QString program = entry.value(AutostartKey::Path).toString();
+    if (isNewAutostartEntry(entry)) {
+        std::error_code ignored; // a link of an item that this file held before
+        fs::remove_all(linksFolder_ / fs::path(name).stem(), ignored);
+        if (program.contains('%'))
+            launchPath = launchLinkFor(name, program);
+    }
+    if (!launchPath)
+        return false;
+    const std::optional<QByteArray> text = desktopFileFromAutostartEntry(entry, *launchPath);
     if (!text) {
         logFormat("XdgAutostartStore: Could not write %s: the item names no program", path.c_str());
         return false;
@@ -133,10 +158,33 @@ bool XdgAutostartStore::writeItemFile(const std::string& name, const AutostartEn
     return true;
 }
 
+// A link of its own for the item in file `name`; nullopt, logged, when there
+// can be none without a '%'.
+std::optional<QString> XdgAutostartStore::launchLinkFor(const std::string& name, const QString& program) const
+{
+    const fs::path folder = linksFolder_ / fs::path(name).stem();
+    const fs::path link = folder / QFile::encodeName(program.section('/', -1).replace('%', '_')).toStdString();
+    std::error_code error;
+    if (link.string().find('%') != std::string::npos)
+        error = std::make_error_code(std::errc::invalid_argument);
+    if (!error)
+        fs::create_directories(folder, error);
+    if (!error)
+        fs::create_symlink(QFile::encodeName(program).toStdString(), link, error);
+    if (error) {
+        logFormat("XdgAutostartStore: Could not make %s, the link that starts a program whose path holds a '%%': %s",
+                  link.c_str(), error.message().c_str());
+        return std::nullopt;
+    }
+    return QFile::decodeName(link.c_str());
+}
+
 bool XdgAutostartStore::removeItemFile(const std::string& name) const
 {
     const fs::path path = folder_ / name;
     std::error_code error;
+    std::error_code ignored; // most items have no link
+    fs::remove_all(linksFolder_ / fs::path(name).stem(), ignored);
     fs::remove(path, error);
     if (error)
         logFormat("XdgAutostartStore: Could not remove %s: %s", path.c_str(), error.message().c_str());

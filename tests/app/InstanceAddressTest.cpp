@@ -23,6 +23,8 @@ protected:
 
     TemporaryDirectory runtime_;
     TemporaryDirectory temporary_;
+    TemporaryDirectory cache_;
+    ScopedEnvironment cacheVariable_{"XDG_CACHE_HOME", cache_.path().string()};
     ScopedEnvironment runtimeVariable_{"XDG_RUNTIME_DIR", runtime_.path().string()};
     ScopedEnvironment temporaryVariable_{"TMPDIR", temporary_.path().string()};
     ScopedEnvironment session_{"XDG_SESSION_ID", std::nullopt};
@@ -62,9 +64,13 @@ TEST_F(InstanceAddressTest, TheRuntimeFolderIsUsedWhenItIsPrivate)
     EXPECT_EQ(address->lockPath(), address->socketPath() + ".lock");
 }
 
-TEST_F(InstanceAddressTest, ElseAPrivateFolderInTheTemporaryFolder)
+// Without a runtime folder, one in the user's cache folder: a shared
+// folder's name could be taken first by another user.
+TEST_F(InstanceAddressTest, ElseAPrivateFolderInTheCacheFolder)
 {
-    const fs::path fallback = temporary_.path() / ("quilo-" + std::to_string(::getuid()));
+    const fs::path fallback = cache_.path() / "quilo";
+    fs::create_directory(temporary_ / ("quilo-" + std::to_string(::getuid())));
+    fs::permissions(temporary_ / ("quilo-" + std::to_string(::getuid())), fs::perms::all);
     for (const char* runtime : {"", "relative/folder", "/no/such/folder"}) {
         ::setenv("XDG_RUNTIME_DIR", runtime, 1);
         const auto address = InstanceAddress::forThisSession();
@@ -79,10 +85,10 @@ TEST_F(InstanceAddressTest, ElseAPrivateFolderInTheTemporaryFolder)
         << "a runtime folder others may enter is passed over";
 }
 
-TEST_F(InstanceAddressTest, ATemporaryFolderThatIsNotPrivateIsRefused)
+TEST_F(InstanceAddressTest, ACacheFolderThatIsNotPrivateIsRefused)
 {
     ::unsetenv("XDG_RUNTIME_DIR");
-    const fs::path fallback = temporary_.path() / ("quilo-" + std::to_string(::getuid()));
+    const fs::path fallback = cache_.path() / "quilo";
     LogCapture log;
 
     fs::create_directory(temporary_ / "elsewhere");

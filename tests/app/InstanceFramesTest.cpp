@@ -1,5 +1,5 @@
-// Frames as a stream delivers them: a byte at a time, several at once, and
-// a declared length over the limit, which stops the reading.
+// Frames as a stream delivers them: a byte at a time, and a declared length
+// over the limit, which stops the reading.
 #include "app/InstanceFrames.h"
 
 #include <gtest/gtest.h>
@@ -45,19 +45,6 @@ TEST(InstanceFrames, FramesSplitByteByByteComeOutWhole)
     }
     EXPECT_EQ(received, sent);
     EXPECT_FALSE(reader.failed());
-}
-
-TEST(InstanceFrames, SeveralFramesInOneReadComeOutOneAtATime)
-{
-    ArrivingBytes bytes;
-    bytes.arrive(frame("one") + frame("two") + frame("three").first(6));
-    FrameReader reader;
-    EXPECT_EQ(reader.readFrame(bytes.device()), QByteArray("one"));
-    EXPECT_EQ(bytes.waiting(), 7 + 6) << "the next frames stay in the device";
-    EXPECT_EQ(reader.readFrame(bytes.device()), QByteArray("two"));
-    EXPECT_FALSE(reader.readFrame(bytes.device())) << "the third is not all there";
-    bytes.arrive(frame("three").sliced(6));
-    EXPECT_EQ(reader.readFrame(bytes.device()), QByteArray("three"));
 }
 
 TEST(InstanceFrames, ALengthOverTheLimitStopsTheReading)

@@ -1,7 +1,6 @@
 // The real server and client over a real local socket in a session of the
 // test's own: requests announced and accepted, anything else refused and the
-// connection closed, one instance per session, and what a killed instance
-// left behind taken over.
+// connection closed, and what a killed instance left behind taken over.
 #include "app/InstanceClient.h"
 #include "app/InstanceFrames.h"
 #include "foundation/QuiloKeys.h"
@@ -112,18 +111,6 @@ TEST_F(InstanceServerTest, GarbageIsRefusedAndTheConnectionClosed)
                                                      "Refused a request: an empty message",
                                                      "Refused a request of 4194305 bytes"}));
     EXPECT_EQ(send(InstanceRequest::activate()), MessageCode::Accepted) << "and it serves on";
-}
-
-TEST_F(InstanceServerTest, ASecondInstanceIsRefusedWhileTheFirstListens)
-{
-    listening();
-    InstanceServer second(address_);
-    EXPECT_FALSE(second.listen());
-    EXPECT_EQ(send(InstanceRequest::activate()), MessageCode::Accepted);
-    EXPECT_EQ(instance_->activations, 1) << "the first one answered";
-
-    instance_.reset();
-    EXPECT_TRUE(second.listen()) << "free once the first has gone";
 }
 
 // A Quilo killed while it listened leaves its lock and its socket behind.

@@ -42,6 +42,11 @@ TEST_F(RequestCommand, TheJobAndItsFilesGoToTheRunningInstanceInOrder)
     EXPECT_EQ(saved.output, "");
     const Outcome restored = request("restore-thumbnails");
     EXPECT_EQ(restored.status, 0) << restored.output;
+    instance_.busy = true;
+    const Outcome refused = request("create-thumbnails a.jpg");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.output, "quilo request: the running Quilo is busy with another job; try again once it has "
+                              "finished\n");
 
     EXPECT_EQ(instance_.jobs,
               (std::vector<ReceivedJob>{

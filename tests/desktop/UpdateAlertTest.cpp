@@ -1,7 +1,7 @@
 // The update check's alert on a real X server, raised from the automatic
 // check's own thread: found by its title, its buttons read and one clicked
-// with the X server's pointer. The screenshot goes to the build's test
-// artefacts.
+// with the X server's pointer. The screenshot of the screen goes to the
+// build's test artefacts.
 #include "foundation/NotificationCenter.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
@@ -12,6 +12,8 @@
 #include "tests/support/UpdateDocument.h"
 
 #include <QDateTime>
+#include <QGuiApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -98,21 +100,33 @@ protected:
     std::atomic<int> notifications_{0};
 };
 
+// A hostile document's version, nearly as long as a document may be and with
+// no place to break a line: the alert shows what the log shows (200
+// characters), all of it, and fits on the screen, where its buttons are.
 TEST_F(UpdateAlertOnScreen, AutomaticCheckFromItsThreadIsAnsweredDontAskAgain)
 {
     const QString title = "A new version is available";
-    server_.serve("/appversions.xml", HttpResponse::document(updateDocument("1.2")));
+    server_.serve("/appversions.xml", HttpResponse::document(updateDocument(QByteArray((1 << 20) - 512, 'W'))));
     std::thread checker([this] { check(false); });
     actAsUser([&] {
         QMessageBox* box = alertOnScreen(title);
         ASSERT_TRUE(box);
         EXPECT_EQ(buttonsOnScreen(box), "Yes | Don't Ask Again | No");
+        keepPainted([] { return QGuiApplication::primaryScreen()->grabWindow(0).toImage(); },
+                    "update-available-alert-screen.png");
         onGui([&] {
             EXPECT_EQ(box->windowModality(), Qt::ApplicationModal);
-            EXPECT_EQ(box->informativeText(), "Quilo 1.2 is available. Would you like to go to its download page now?");
             EXPECT_EQ(box->defaultButton(), button(box, "Yes"));
+            EXPECT_EQ(box->informativeText().remove(QChar(0x200B)), "Quilo " + QString(200, 'W')
+                          + "... is available. Would you like to go to its download page now?");
+            const QRect screen = box->screen()->availableGeometry();
+            EXPECT_TRUE(screen.contains(box->frameGeometry())) << box->width() << "x" << box->height();
+            const auto* label = box->findChild<QLabel*>("qt_msgbox_informativelabel");
+            const QRect text = label->fontMetrics().boundingRect(QRect(0, 0, label->width(), screen.height()),
+                                                                 Qt::TextWordWrap, label->text());
+            EXPECT_EQ(label->contentsRect().size().expandedTo(text.size()), label->contentsRect().size())
+                << "no line runs past the label, none below it";
         });
-        keepScreenshot(box, "update-available-alert.png");
         EXPECT_FALSE(finished_) << "the check waits for the answer";
         if (QPushButton* dontAsk = button(box, "Don't Ask Again"))
             click(dontAsk);

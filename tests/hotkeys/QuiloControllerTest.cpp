@@ -5,6 +5,7 @@
 #include "foundation/NotificationCenter.h"
 #include "foundation/QuiloKeys.h"
 #include "foundation/UserDefaults.h"
+#include "tests/support/LoopbackHttpServer.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +18,8 @@
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QTimer>
+
+#include <thread>
 
 namespace quilo::test {
 namespace {
@@ -92,6 +95,27 @@ TEST_F(QuiloControllerTest, WithoutATrayThePreferencesSayWhyTheMenuIsMissing)
     controller.showStatusItem();
     EXPECT_TRUE(
         labelsOfWindow("Quilo Preferences").contains("Quilo's menu is missing: no system tray is running yet."));
+}
+
+// Quitting while the check at launch still waits for the maker's site ends
+// the check there: nothing of it runs once Quilo's objects are gone.
+TEST_F(QuiloControllerTest, QuittingStopsTheUpdateCheckStillFetching)
+{
+    using namespace std::chrono_literals;
+    LoopbackHttpServer site;
+    site.serve("/v.xml", HttpResponse::late("<plist><dict><key>Quilo</key><dict><key>Current Version</key>"
+                                            "<string>1.1</string></dict></dict></plist>", 1500));
+    auto quitting = std::make_unique<QuiloController>(defaults);
+    quitting->setUpdateDocumentURL(site.url("/v.xml"));
+    quitting->checkForUpdatesInTheBackground();
+    for (int tries = 0; tries < 100 && site.requests().isEmpty(); ++tries)
+        std::this_thread::sleep_for(20ms);
+    const auto quitAt = std::chrono::steady_clock::now();
+    quitting.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - quitAt, 1s);
+    std::this_thread::sleep_for(2s); // past the site's answer
+    EXPECT_EQ(site.requests(), QStringList{"GET /v.xml"});
+    EXPECT_FALSE(defaults.objectForKey(RTZLastCheckForUpdatesKey).isValid());
 }
 
 } // namespace

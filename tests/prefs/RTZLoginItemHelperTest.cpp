@@ -72,14 +72,20 @@ TEST_F(RTZLoginItemHelperTest, RemovesEveryItemOfQuiloAndNothingElse)
     EXPECT_EQ(inodeOf(autostart() / "m-stranger.desktop"), strangerInode);
 }
 
-TEST_F(RTZLoginItemHelperTest, NameComparedCaseAndAll)
+// A desktop's startup settings switch Quilo off in its file, and a switched-off
+// Quilo does not start: it is not in the login items until it is added again,
+// which switches it on in the same file.
+TEST_F(RTZLoginItemHelperTest, SwitchedOffIsNotInUntilAddedAgain)
 {
-    writeFileText(autostart() / "capitals.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Q\nExec=/Applications/Quilo\n");
-    EXPECT_FALSE(RTZLoginItemHelper::isSelfInLoginItems());
-    writeFileText(autostart() / "small.desktop",
-                  "[Desktop Entry]\nType=Application\nName=Q\nExec=/Applications/quilo\n");
-    EXPECT_TRUE(RTZLoginItemHelper::isSelfInLoginItems());
+    for (const std::string off : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
+        writeFileText(autostart() / "quilo.desktop", "[Desktop Entry]\nType=Application\nName=Quilo\nExec=/opt/quilo\n"
+                                                     + off + "\nX-GNOME-Autostart-Delay=2\n");
+        EXPECT_FALSE(RTZLoginItemHelper::isSelfInLoginItems()) << off;
+        RTZLoginItemHelper::addSelfToLoginItems(false);
+        EXPECT_TRUE(RTZLoginItemHelper::isSelfInLoginItems()) << off;
+        EXPECT_EQ(directoryListing(autostart()), std::set<std::string>{"quilo.desktop"}) << off;
+        EXPECT_EQ(readFileText(autostart() / "quilo.desktop").find(off), std::string::npos) << off;
+    }
 }
 
 } // namespace

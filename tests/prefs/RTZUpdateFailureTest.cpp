@@ -1,6 +1,7 @@
 // Every way the update document can fail to give a version ends the same:
 // "timed out" in the log, no alert, no date of a check, no notification, for
 // both kinds of check.
+#include "prefs/MakersWebSite.h"
 #include "tests/prefs/UpdateCheckFixture.h"
 #include "tests/support/Files.h"
 
@@ -10,7 +11,6 @@ namespace {
 using namespace quilo::test;
 using Lines = std::vector<std::string>;
 
-const Lines kTimedOut{"Checking for updates...", "Check for updates timed out."};
 
 struct Failure {
     const char* name;
@@ -46,19 +46,23 @@ std::vector<Failure> failuresOnTheServer()
         {"a body that never ends", HttpResponse::endless()},
         {"a length over the size limit", HttpResponse::announcing(qint64(1) << 30)},
         {"HTTP 404 with a document", HttpResponse::error(404, valid)},
-        {"HTTP 500 with a document", HttpResponse::error(500, valid)},
         {"no answer", HttpResponse::silence()},
     };
 }
 
 class UpdateCheckFailure : public UpdateCheckTest {
 protected:
-    void checkBothWays(const std::string& what, const QUrl& url)
+    // The cause is logged before the line that every failure ends with.
+    void checkBothWays(const std::string& what, const QUrl& url, const std::string& cause = {})
     {
         for (bool userInitiated : {false, true}) {
             LogCapture log;
             check(userInitiated, kAlertDefaultReturn, url);
-            EXPECT_EQ(log.lines(), kTimedOut) << what << (userInitiated ? ", asked for" : ", automatic");
+            const std::string from = "No version of Quilo from the update document at " + url.toString().toStdString();
+            const Lines lines = log.lines();
+            ASSERT_EQ(lines.size(), 3u) << what;
+            EXPECT_EQ(lines[0] + '|' + lines[2], "Checking for updates...|Check for updates timed out.") << what;
+            EXPECT_TRUE(lines[1].starts_with(from + ": ") && lines[1].find(cause) != std::string::npos) << lines[1];
         }
         EXPECT_TRUE(alerts_.empty()) << what;
         EXPECT_FALSE(defaults_.objectForKey(RTZLastCheckForUpdatesKey).isValid()) << what;
@@ -85,11 +89,22 @@ TEST_F(UpdateCheckFailure, DocumentsThatGiveNoVersion)
 
 TEST_F(UpdateCheckFailure, ServersThatCannotBeReached)
 {
-    checkBothWays("connection refused", onLoopback("http", LoopbackHttpServer::closedPort()));
+    checkBothWays("connection refused", onLoopback("http", LoopbackHttpServer::closedPort()), "Connection refused");
     // A server that speaks plain HTTP where TLS is expected.
     publish(updateDocument("1.2"));
-    checkBothWays("no TLS", onLoopback("https", server_.port()));
-    checkBothWays("no such host", QUrl("http://quilo-update.invalid/appversions.xml"));
+    checkBothWays("no TLS", onLoopback("https", server_.port()), "no answer within");
+    checkBothWays("no such host", QUrl("http://quilo-update.invalid/appversions.xml"), "not found");
+}
+
+// A build that names no maker's site asks nobody.
+TEST_F(UpdateCheckFailure, NoSiteNoRequest)
+{
+    for (bool userInitiated : {false, true})
+        RTZUpdate("Quilo", pageOnMakersSite("", "/appversions.xml", true), defaults_)
+            .checkForUpdates(userInitiated, "1.1", RTZCheckForUpdatesAtLaunchKey, RTZLastCheckForUpdatesKey, false);
+    EXPECT_EQ(log_.lines(), (Lines(2, "Not checking for updates: this Quilo was built without the maker's web site.")));
+    EXPECT_TRUE(notifications_.empty());
+    EXPECT_FALSE(defaults_.objectForKey(RTZLastCheckForUpdatesKey).isValid());
 }
 
 // Redirects are followed on the web and nowhere else: not to a file on this

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <sys/utsname.h>
 
 namespace quilo {
@@ -21,6 +23,25 @@ TEST(RTZMacOSVersion, ReleasesInBinaryCodedDecimal)
     };
     for (const auto& release : releases)
         EXPECT_EQ(RTZMacOSVersion::versionNumberFromRelease(release.release), release.number) << release.release;
+}
+
+// Pages are fetched or opened over HTTPS unless the build allowed plain
+// HTTP; a build that names no site has no pages at all.
+TEST(MakersWebSite, PagesOnlyOnASiteTheBuildMayUse)
+{
+    const std::tuple<const char*, bool, const char*> sites[] = {
+        {"", true, ""},
+        {"https://quilo.example:8443/old/", false, "https://quilo.example:8443/appversions.xml"},
+        {"http://quilo.example", false, ""},
+        {"http://127.0.0.1:8080", true, "http://127.0.0.1:8080/appversions.xml"},
+        {"ftp://quilo.example", true, ""},
+        {"https://", false, ""},
+    };
+    for (const auto& [site, httpAllowed, page] : sites)
+        EXPECT_EQ(pageOnMakersSite(site, "/appversions.xml", httpAllowed), QUrl(page)) << site;
+    EXPECT_EQ(donationPageURL().path(), updateDocumentURL().isEmpty() ? "" : "/register/");
+    EXPECT_TRUE(updateDocumentURL().isEmpty() || updateDocumentURL().scheme() == "https" || QUILO_ALLOW_HTTP_UPDATES)
+        << "this build's own site";
 }
 
 } // namespace

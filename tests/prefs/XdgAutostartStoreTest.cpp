@@ -20,13 +20,14 @@ std::string runToSuccess(const std::vector<std::string>& command)
     return outcome.output;
 }
 
-// Every character that Exec quoting or value escaping treats specially but
-// '%', written "%%": GLib looks for the program before it undoes that.
+// Every character that Exec quoting or value escaping treats specially, '%'
+// too (GLib looks for the program before it undoes "%%", so that entry starts
+// it through a link of Quilo's, which goes with the entry).
 TEST_F(XdgAutostartStoreTest, ItemIsAValidEntryThatStartsItsProgram)
 {
     TemporaryDirectory programs;
     const std::filesystem::path marker = programs / "started";
-    const std::filesystem::path program = programs / " odd \\ \"$HOME\" `x` 'q' #;&|<>*?()~" / "quilo";
+    const std::filesystem::path program = programs / " odd 100% \\ \"$HOME\" `x` 'q' #;&|<>*?()~" / "quilo";
     writeFileText(program, "#!/bin/sh\necho \"$@\" > '" + marker.string() + "'\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_exec, std::filesystem::perm_options::add);
     const AutostartEntry item{{"Path", QString::fromStdString(program.string())},
@@ -44,6 +45,8 @@ TEST_F(XdgAutostartStoreTest, ItemIsAValidEntryThatStartsItsProgram)
     EXPECT_EQ(runToSuccess({"desktop-file-validate", file}), "");
     runToSuccess({"gio", "launch", file});
     EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(marker); }, 10)) << readFileText(file);
+    ASSERT_TRUE(store.writeEntries({}));
+    EXPECT_TRUE(directoryListing(dataHome() / "quilo" / "login-items").empty());
 }
 
 // An item read and written back changed goes back to its own file.

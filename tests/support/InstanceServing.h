@@ -85,12 +85,14 @@ public:
             jobs.push_back({kind, paths});
         });
         QObject::connect(&server_, &InstanceServer::activateRequested, [this] { ++activations; });
+        server_.setBusyCheck([this] { return busy; });
     }
 
     InstanceServer& server() { return server_; }
 
     std::vector<ReceivedJob> jobs;
     int activations = 0;
+    bool busy = false; // with a job of its own, so it refuses another
 
 private:
     InstanceServer server_;

@@ -12,9 +12,11 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QThread>
+#include <QTimer>
 #include <QUrl>
 
 #include <memory>
+#include <utility>
 
 namespace quilo::test {
 
@@ -30,6 +32,7 @@ struct HttpResponse {
     QByteArray body;
     QByteArray location;
     qint64 length = 0;
+    int delayMs = 0; // before it answers
 
     static HttpResponse document(const QByteArray& body) { return {Kind::Whole, 200, body, {}, 0}; }
     static HttpResponse error(int status, const QByteArray& body = {}) { return {Kind::Whole, status, body, {}, 0}; }
@@ -37,6 +40,7 @@ struct HttpResponse {
     static HttpResponse silence() { return {Kind::Silent, 200, {}, {}, 0}; }
     static HttpResponse endless() { return {Kind::Endless, 200, {}, {}, 0}; }
     static HttpResponse announcing(qint64 length) { return {Kind::Announced, 200, {}, {}, length}; }
+    static HttpResponse late(const QByteArray& body, int delayMs) { return {Kind::Whole, 200, body, {}, 0, delayMs}; }
 };
 
 class LoopbackHttpServer {
@@ -149,8 +153,13 @@ private:
             + "\r\nContent-Type: application/xml\r\n" + fields + "Connection: close\r\n\r\n";
     }
 
-    static void answer(QTcpSocket* socket, const HttpResponse& response)
+    static void answer(QTcpSocket* socket, HttpResponse response)
     {
+        if (response.delayMs > 0) {
+            const int delayMs = std::exchange(response.delayMs, 0);
+            QTimer::singleShot(delayMs, socket, [socket, response] { answer(socket, response); });
+            return;
+        }
         switch (response.kind) {
         case HttpResponse::Kind::Whole: {
             QByteArray fields = "Content-Length: " + QByteArray::number(response.body.size()) + "\r\n";
