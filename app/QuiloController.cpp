@@ -152,7 +152,7 @@ void QuiloController::menuShowPrefs()
 
 void QuiloController::menuAboutQuilo()
 {
-    const QString site = makersWebSite().toString();
+    const QString site = QString::fromLatin1(kHomePage);
     QMessageBox::about(
         nullptr, localizedString(QStringLiteral("About Quilo")),
         QStringLiteral("<h3>Quilo</h3><p>%1</p><p>%2</p><p>%3</p><p><a href=\"%4\">%4</a></p>")

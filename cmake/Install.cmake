@@ -5,9 +5,6 @@
 # metainfo, the man page and the shell completions.
 include(GNUInstallDirs)
 
-set(QUILO_HOMEPAGE "https://quilo.example.org" CACHE STRING
-    "The project's home page, named in the metainfo and the man page")
-
 # The module is private: a folder of Quilo's in the architecture's library
 # folder, where the dynamic linker's cache never looks.
 set(QUILO_MODULE_INSTALL_DIR lib/${CMAKE_LIBRARY_ARCHITECTURE}/quilo)

@@ -8,6 +8,8 @@ namespace quilo {
 
 // The running version, as the update check compares it.
 inline constexpr char kApplicationVersion[] = QUILO_VERSION;
+// The project's home page, which the About box names.
+inline constexpr char kHomePage[] = QUILO_HOMEPAGE;
 
 inline const QString RTZCheckForUpdatesAtLaunchKey = QStringLiteral("Check for updates at launch");
 inline const QString RTZMaintainImageModificationDatesKey = QStringLiteral("Maintain image modification dates");

@@ -112,8 +112,7 @@ TEST_F(UpdateAlertOnScreen, AutomaticCheckFromItsThreadIsAnsweredDontAskAgain)
         QMessageBox* box = alertOnScreen(title);
         ASSERT_TRUE(box);
         EXPECT_EQ(buttonsOnScreen(box), "Yes | Don't Ask Again | No");
-        keepPainted([] { return QGuiApplication::primaryScreen()->grabWindow(0).toImage(); },
-                    "update-available-alert-screen.png");
+        keepScreenshot(box, "update-available-alert-screen.png");
         onGui([&] {
             EXPECT_EQ(box->windowModality(), Qt::ApplicationModal);
             EXPECT_EQ(box->defaultButton(), button(box, "Yes"));

@@ -85,7 +85,7 @@ TEST_F(QuiloControllerTest, AboutSaysWhatQuiloIsItsVersionCopyrightAndWebSite)
     });
     controller.menuAboutQuilo();
     for (const QString& part : {QString("Gives picture files their own pictures as icons"), QString("Version 1.1"),
-                                QString("Copyright © 2026"), makersWebSite().toString()})
+                                QString("Copyright © 2026"), QString(kHomePage)})
         EXPECT_TRUE(about.contains(part)) << part.toStdString() << " not in " << about.toStdString();
 }
 

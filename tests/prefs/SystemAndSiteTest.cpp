@@ -1,4 +1,5 @@
-// The system's version in the Gestalt form.
+// The system's version in the Gestalt form, and the maker's web site.
+#include "prefs/MakersWebSite.h"
 #include "prefs/RTZMacOSVersion.h"
 
 #include <gtest/gtest.h>
