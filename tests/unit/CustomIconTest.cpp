@@ -6,7 +6,6 @@
 #include "iconfamily/ResourceFork.h"
 #include "tests/support/AttributeArea.h"
 #include "tests/support/Files.h"
-#include "tests/support/RecordingForkStore.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -122,11 +121,7 @@ TEST_F(CustomIcon, AnExistingForkKeepsItsResourcesAndTheFileItsTypeAndCreator)
     info.setFinderFlags(kHasBeenInited | 0x0020);
     writeSidecar(file_, info, fork);
 
-    test::RecordingForkStore store;
     ASSERT_TRUE(familyOf(30).setAsCustomIconForFile(file_)) << "the fork exists: its dupFNErr is no failure";
-    ASSERT_EQ(store.created.size(), 1u);
-    EXPECT_EQ(store.created[0].type, fourCharCode("JPEG"));
-    EXPECT_EQ(store.created[0].creator, fourCharCode("8BIM"));
     const ResourceFork after = readFork(file_);
     EXPECT_EQ(resourceList(after), (std::vector<std::pair<std::string, int>>{{"STR ", 128}, {"icns", -16455}}));
     EXPECT_EQ(after.resources[0], fork.resources[0]) << "name, attributes and data kept";
@@ -135,33 +130,20 @@ TEST_F(CustomIcon, AnExistingForkKeepsItsResourcesAndTheFileItsTypeAndCreator)
     EXPECT_EQ(readSidecar(file_).finderInfo().fileType(), fourCharCode("JPEG"));
 }
 
-TEST_F(CustomIcon, UnreadableAttributesGiveTheForkUnknownTypeAndCreator)
+TEST_F(CustomIcon, CompatibilityAddsTheOldResourcesOfTheNewFamilyOnly)
 {
-    test::RecordingForkStore store;
-    store.attributesUnreadable = true;
-    ASSERT_TRUE(familyOf(30).setAsCustomIconForFile(file_));
-    ASSERT_EQ(store.created.size(), 1u);
-    EXPECT_EQ(store.created[0].type, kUnknownFourCharCode);
-    EXPECT_EQ(store.created[0].creator, kUnknownFourCharCode);
-    EXPECT_EQ(readSidecar(file_).finderInfo().fileType(), kUnknownFourCharCode) << "a new sidecar takes them";
-}
-
-TEST_F(CustomIcon, CompatibilityAddsTheOldResourcesThatExistAndNeverReplacesThem)
-{
-    const IconFamily withoutSmall8 = familyOf(60, {kSmall8BitData});
+    ASSERT_TRUE(familyOf(60).setAsCustomIconForFile(file_, true));
+    const IconFamily withoutSmall8 = familyOf(250, {kSmall8BitData});
     ASSERT_TRUE(withoutSmall8.setAsCustomIconForFile(file_, true));
-    EXPECT_EQ(resourceList(readFork(file_)), (std::vector<std::pair<std::string, int>>{
-                                                 {"icns", -16455}, {"icl8", -16455}, {"ICN#", -16455}, {"ics#", -16455}}));
-    Bytes icl8;
-    ASSERT_EQ(getIconFamilyData(withoutSmall8.iconFamilyHandle(), kLarge8BitData, icl8), noErr);
-    EXPECT_EQ(readFork(file_).find(kLarge8BitData, -16455)->data, icl8);
-
-    // Old compatibility resources are not removed first, so the first ones stay.
-    ASSERT_TRUE(familyOf(250).setAsCustomIconForFile(file_, true));
     const ResourceFork fork = readFork(file_);
-    EXPECT_EQ(fork.find(kLarge8BitData, -16455)->data, icl8);
-    EXPECT_EQ(fork.find(kIcns, -16455)->data, familyOf(250).iconFamilyHandle());
-    EXPECT_TRUE(fork.find(kSmall8BitData, -16455)) << "the one missing before is added now";
+    EXPECT_EQ(resourceList(fork), (std::vector<std::pair<std::string, int>>{
+                                      {"icns", -16455}, {"icl8", -16455}, {"ICN#", -16455}, {"ics#", -16455}}));
+    EXPECT_EQ(fork.resources[0].data, withoutSmall8.iconFamilyHandle());
+    for (const Resource& resource : std::span(fork.resources).subspan(1)) {
+        Bytes element;
+        ASSERT_EQ(getIconFamilyData(withoutSmall8.iconFamilyHandle(), resource.type, element), noErr);
+        EXPECT_EQ(resource.data, element) << fourCharCodeString(resource.type);
+    }
 }
 
 TEST_F(CustomIcon, RemovalTakesOnlyTheIconAndExactlyTwoFlags)
@@ -298,20 +280,6 @@ TEST_F(CustomIcon, ALinkGivesItsTargetTheIcon)
     EXPECT_TRUE(fs::exists(sidecarOf(file_)));
     EXPECT_FALSE(fs::exists(sidecarOf(link)));
     EXPECT_TRUE(IconFamily::iconFamilyWithIconOfFile(link));
-}
-
-TEST_F(CustomIcon, AFailedFlagWriteLeavesTheNewResourceAndTheOldFlags)
-{
-    ASSERT_TRUE(familyOf(60).setAsCustomIconForFile(file_));
-    FinderInfo info = readSidecar(file_).finderInfo();
-    info.setFinderFlags(kHasBeenInited);
-    writeSidecar(file_, info, readFork(file_));
-
-    test::RecordingForkStore store;
-    store.finderInfoWritesFail = true;
-    EXPECT_FALSE(familyOf(99).setAsCustomIconForFile(file_));
-    EXPECT_EQ(readFork(file_).find(kIcns, -16455)->data, familyOf(99).iconFamilyHandle());
-    EXPECT_EQ(flagsOf(file_), kHasBeenInited);
 }
 
 TEST_F(CustomIcon, AnUnreadableSidecarIsNeverWrittenOver)
