@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
 #include <random>
 #include <set>
 
@@ -128,47 +130,124 @@ TEST_F(CustomIconCommands, AWriteThatFailsLeavesTheOldSidecarWhole)
     EXPECT_EQ(directoryListing(directory_.path()), (std::set<std::string>{"photo.jpg", "._photo.jpg"})) << "no temporary left";
 }
 
-// Kills set-icon at random moments of its work, over and over: whatever
-// moment it dies, the sidecar is the old one or the new one, never a mixture.
-TEST_F(CustomIconCommands, KilledAtAnyMomentTheSidecarIsOldOrNew)
+// Runs quilo without waiting for it, its output dropped.
+pid_t spawnQuilo(const std::vector<std::string>& arguments)
 {
-    const fs::path icons[] = {kSamples / "pillow.icns", kSamples / "shapes-png2icns.icns"};
-    const Bytes families[] = {readFileBytes(icons[0]), readFileBytes(icons[1])};
-    std::mt19937 random(20261122);
-    std::uniform_int_distribution<int> delayMicroseconds(0, 8000);
-    // A loaded machine stretches the sleeps, so more rounds may be needed
-    // before enough kills have landed while set-icon works.
-    int killedMidway = 0;
-    for (int round = 0; round < 1000 && killedMidway < 100; ++round) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            ::execl(QUILO_BINARY, "quilo", "set-icon", photo_.c_str(), icons[round % 2].c_str(), nullptr);
-            ::_exit(127);
-        }
-        ::usleep(useconds_t(delayMicroseconds(random)));
-        ::kill(child, SIGKILL);
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        killedMidway += WIFSIGNALED(status);
-        if (!fs::exists(sidecar_))
-            continue; // killed before its first write
-        // Between the fork's creation and the first icon the fork is empty;
-        // after that it holds one family or the other, whole.
-        const auto sidecar = AppleDouble::parse(readFileBytes(sidecar_));
-        ASSERT_TRUE(sidecar) << "round " << round << ": a sidecar that does not read back";
-        const auto forkBytes = sidecar->resourceFork();
-        const auto fork = forkBytes ? parseResourceFork(*forkBytes) : std::nullopt;
-        ASSERT_TRUE(fork) << "round " << round << ": a fork that does not read back";
-        if (const Resource* icon = fork->find(fourCharCode("icns"), kCustomIconResource))
-            ASSERT_TRUE(icon->data == families[0] || icon->data == families[1]) << "round " << round;
-        else
-            ASSERT_TRUE(fork->resources.empty()) << "round " << round;
+    std::vector<char*> argv{const_cast<char*>("quilo")};
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int nothing = ::open("/dev/null", O_WRONLY);
+        ::dup2(nothing, STDOUT_FILENO);
+        ::dup2(nothing, STDERR_FILENO);
+        ::execv(QUILO_BINARY, argv.data());
+        ::_exit(127);
     }
-    EXPECT_EQ(killedMidway, 100) << "the kills should land while it works";
-    // A kill between writing the temporary file and renaming it leaves the
-    // temporary; nothing else may be there.
+    return child;
+}
+
+int waitFor(pid_t child)
+{
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+// How many rounds a stress test runs: a few by default, the full count when
+// QUILO_FULL_STRESS is set.
+int rounds(int quick, int full) { return std::getenv("QUILO_FULL_STRESS") ? full : quick; }
+
+// Two set-icon processes on one file at once: each must see the other's
+// change whole, so the sidecar ends with one family's icon and compatibility
+// resources, never one's icon beside the other's old-style icons.
+TEST_F(CustomIconCommands, TwoWritersOfOneFileTakeTurns)
+{
+    const std::string families[] = {(directory_ / "A.icns").string(), (directory_ / "B.icns").string()};
+    ASSERT_EQ(quilo("icns " + quoted(kSamples / "hills.jpg") + " " + quoted(kSamples / "lighthouse.png") + " --output "
+                    + quoted(directory_.path())).status, 0);
+    fs::rename(directory_ / "hills.icns", families[0]);
+    fs::rename(directory_ / "lighthouse.icns", families[1]);
+    const auto resourcesOf = [](const Bytes& family) {
+        std::vector<Resource> expected{{fourCharCode("icns"), kCustomIconResource, "", 0, family}};
+        for (OSType type : {fourCharCode("icl8"), fourCharCode("ICN#"), fourCharCode("ics8"), fourCharCode("ics#")}) {
+            Bytes element;
+            EXPECT_EQ(getIconFamilyData(family, type, element), noErr);
+            expected.push_back({type, kCustomIconResource, "", 0, element});
+        }
+        return expected;
+    };
+    const std::vector<Resource> expected[] = {resourcesOf(readFileBytes(families[0])),
+                                              resourcesOf(readFileBytes(families[1]))};
+    for (int pair = 0, pairs = rounds(20, 200); pair < pairs; ++pair) {
+        const fs::path file = directory_ / ("f" + std::to_string(pair));
+        writeFileBytes(file, Bytes{'x'});
+        const pid_t a = spawnQuilo({"set-icon", file.string(), families[0], "--compatibility"});
+        const pid_t b = spawnQuilo({"set-icon", file.string(), families[1], "--compatibility"});
+        ASSERT_EQ(waitFor(a), 0) << "pair " << pair;
+        ASSERT_EQ(waitFor(b), 0) << "pair " << pair;
+        const auto sidecar = AppleDouble::parse(readFileBytes(directory_ / ("._f" + std::to_string(pair))));
+        const auto fork = sidecar ? parseResourceFork(sidecar->resourceFork().value()) : std::nullopt;
+        ASSERT_TRUE(fork) << "pair " << pair;
+        ASSERT_TRUE(fork->resources == expected[0] || fork->resources == expected[1]) << "pair " << pair;
+    }
+}
+
+// A sidecar as a Mac may leave it: an old icon and a resource of its own.
+Bytes sidecarFromBefore()
+{
+    ResourceFork fork;
+    fork.add({fourCharCode("STR "), 1, "", 0, Bytes{3, 'o', 'l', 'd'}});
+    fork.add({fourCharCode("icns"), kCustomIconResource, "", 0, readFileBytes(kSamples / "pillow.icns")});
+    AppleDouble sidecar;
+    sidecar.setResourceFork(serialiseResourceFork(fork).value());
+    return sidecar.serialise().value();
+}
+
+// Kills create-thumbnails at random moments over 50 pictures, some with
+// sidecars of their own: each sidecar is then the one from before, or none
+// as before, or complete (new icon, its flag and the old resource kept).
+TEST_F(CustomIconCommands, KilledAtAnyMomentEverySidecarIsAsBeforeOrComplete)
+{
+    std::vector<std::string> arguments{"create-thumbnails"};
+    for (int i = 0; i < 50; ++i) {
+        arguments.push_back((directory_ / ("p" + std::to_string(i) + ".jpg")).string());
+        fs::copy_file(kSamples / "hills.jpg", arguments.back());
+    }
+    const auto sidecarOf = [](const fs::path& picture) { return picture.parent_path() / ("._" + picture.filename().string()); };
+    const Bytes before = sidecarFromBefore();
+    std::mt19937 random(20261124);
+    int killedMidway = 0;
+    const int kills = rounds(10, 100);
+    for (int round = 0; round < 3 * kills && killedMidway < kills; ++round) {
+        for (std::size_t i = 1; i < arguments.size(); ++i) {
+            fs::remove(sidecarOf(arguments[i]));
+            if (random() % 2)
+                writeFileBytes(sidecarOf(arguments[i]), before);
+        }
+        const pid_t child = spawnQuilo(arguments);
+        ::usleep(useconds_t(random() % 600'000));
+        ::kill(child, SIGKILL);
+        killedMidway += WIFSIGNALED(waitFor(child));
+        for (std::size_t i = 1; i < arguments.size(); ++i) {
+            const fs::path sidecarPath = sidecarOf(arguments[i]);
+            if (!fs::exists(sidecarPath))
+                continue;
+            const Bytes bytes = readFileBytes(sidecarPath);
+            if (bytes == before)
+                continue;
+            const auto sidecar = AppleDouble::parse(bytes);
+            const auto fork = sidecar ? parseResourceFork(sidecar->resourceFork().value()) : std::nullopt;
+            ASSERT_TRUE(fork) << "round " << round << ": " << sidecarPath;
+            const Resource* icon = fork->find(fourCharCode("icns"), kCustomIconResource);
+            ASSERT_TRUE(icon && icon->data != readFileBytes(kSamples / "pillow.icns")) << "round " << round;
+            ASSERT_TRUE(sidecar->finderInfo().finderFlags() & kHasCustomIcon) << "round " << round;
+        }
+    }
+    EXPECT_EQ(killedMidway, kills) << "the kills should land while it works";
     for (const std::string& name : directoryListing(directory_.path()))
-        EXPECT_TRUE(name == "photo.jpg" || name == "._photo.jpg" || name.rfind(".._photo.jpg.quilo-", 0) == 0) << name;
+        EXPECT_TRUE(name.rfind(".._q", 0) != 0 || name.size() == 10) << "a temporary of the fixed length: " << name;
 }
 
 } // namespace
