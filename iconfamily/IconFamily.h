@@ -106,7 +106,7 @@ public:
     static ElementData get1BitMaskFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
 
 private:
-    bool writeCustomIconResources(ForkEdit& edit, bool withCompatibility) const;
+    OSErr writeCustomIconResources(ForkEdit& edit, bool withCompatibility) const;
 
     IconFamilyHandle hIconFamily_;
 };

@@ -73,28 +73,31 @@ bool commitAndNotify(ForkEdit& edit, const std::filesystem::path& folder, ForkFa
 } // namespace
 
 // Puts a copy of the family in place of any custom icon in the fork, and the
-// compatibility resources if asked.
-bool IconFamily::writeCustomIconResources(ForkEdit& edit, bool withCompatibility) const
+// compatibility resources if asked. A family no fork can hold is refused
+// before it is copied.
+OSErr IconFamily::writeCustomIconResources(ForkEdit& edit, bool withCompatibility) const
 {
     std::optional<ResourceFork>& fork = edit.resourceFork();
     if (!fork)
-        return false;
+        return resFNotFound;
+    if (hIconFamily_.size() > kMaxResourceDataSize)
+        return fsDataTooBigErr;
     IconFamilyHandle copy;
     try {
         copy = hIconFamily_; // the family's own block is never handed over
     } catch (const std::bad_alloc&) {
-        return false;
+        return memFullErr;
     }
     fork->remove(kIconFamilyType, kCustomIconResource);
     if (!fork->add({kIconFamilyType, kCustomIconResource, "", 0, std::move(copy)}))
-        return false;
+        return addResFailed;
     if (withCompatibility)
         for (OSType type : kCompatibilityTypes) {
             // An earlier family's resource would be shown in place of this one.
             fork->remove(type, kCustomIconResource);
             addResourceType(*fork, type, kCustomIconResource); // a missing element is no failure
         }
-    return true;
+    return noErr;
 }
 
 bool IconFamily::setAsCustomIconForFile(const std::filesystem::path& path, bool withCompatibility,
@@ -111,8 +114,8 @@ bool IconFamily::setAsCustomIconForFile(const std::filesystem::path& path, bool 
     // already (dupFNErr) keeps it.
     const FinderInfo attributes = edit->finderInfo();
     createResourceFork(*edit, attributes.creator(), attributes.fileType());
-    if (!writeCustomIconResources(*edit, withCompatibility))
-        return failed(failure, memFullErr, fileSpec.path());
+    if (const OSErr error = writeCustomIconResources(*edit, withCompatibility))
+        return failed(failure, error, fileSpec.path());
     changeFinderFlags(*edit, kHasCustomIcon, kHasBeenInited);
     return commitAndNotify(*edit, parentRef.path, failure);
 }
@@ -124,6 +127,9 @@ bool IconFamily::setAsCustomIconForDirectory(const std::filesystem::path& path, 
     FSRef folderRef;
     if (!std::filesystem::is_directory(path, error) || !getFSRef(path, folderRef, false))
         return failed(failure, fnfErr, path);
+    // Too large for a fork: refused before the old icon file goes.
+    if (hIconFamily_.size() > kMaxResourceDataSize)
+        return failed(failure, fsDataTooBigErr, customIconFileOfFolder(folderRef.path));
     // The folder's own edit comes first, so that two changes of one folder
     // take turns from the start; what it read is looked at only at the end.
     const auto folderEdit = forkStore().edit(folderRef.path);
@@ -142,8 +148,8 @@ bool IconFamily::setAsCustomIconForDirectory(const std::filesystem::path& path, 
             return failed(failure, iconEdit->readFailure());
         if (createResourceFork(*iconEdit, kUnknownFourCharCode, kUnknownFourCharCode) != noErr)
             return failed(failure, dupFNErr, iconPath);
-        if (!writeCustomIconResources(*iconEdit, withCompatibility))
-            return failed(failure, memFullErr, iconPath);
+        if (const OSErr written = writeCustomIconResources(*iconEdit, withCompatibility))
+            return failed(failure, written, iconPath);
         changeFinderFlags(*iconEdit, kIsInvisible, kHasBeenInited);
         if (ForkFailure why = iconEdit->commit(); why.error)
             return failed(failure, std::move(why));

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <random>
 #include <set>
 
@@ -126,8 +127,121 @@ TEST_F(CustomIconCommands, AWriteThatFailsLeavesTheOldSidecarWhole)
     const Outcome outcome = quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "shapes-png2icns.icns"),
                                   "ulimit -f 4; trap '' XFSZ;");
     EXPECT_EQ(outcome.status, 1) << outcome.output;
+    EXPECT_TRUE(contains(outcome, "cannot write the AppleDouble sidecar " + sidecar_.string() + ": File too large"))
+        << outcome.output;
     EXPECT_EQ(readFileBytes(sidecar_), before);
     EXPECT_EQ(directoryListing(directory_.path()), (std::set<std::string>{"photo.jpg", "._photo.jpg"})) << "no temporary left";
+}
+
+// A 16 MB sidecar whose fork has 300 references to its one data block.
+Bytes forkBomb()
+{
+    const std::size_t blockLength = (16u << 20) - 4, references = 300;
+    Bytes fork(256 + 4 + blockLength);
+    const std::size_t map = fork.size(), mapLength = 28 + 2 + 8 + references * 12;
+    fork.resize(map + mapLength);
+    const auto put32 = [&](std::size_t at, std::uint32_t value) { writeFourCharCode(fork.data() + at, value); };
+    const auto put16 = [&](std::size_t at, std::uint32_t value) { fork[at] = std::uint8_t(value >> 8), fork[at + 1] = std::uint8_t(value); };
+    for (std::size_t header : {std::size_t(0), map}) {
+        put32(header, 256), put32(header + 4, std::uint32_t(map));
+        put32(header + 8, std::uint32_t(4 + blockLength)), put32(header + 12, std::uint32_t(mapLength));
+    }
+    put32(256, std::uint32_t(blockLength));
+    put16(map + 24, 28), put16(map + 26, std::uint32_t(mapLength));
+    put16(map + 28, 0), put32(map + 30, fourCharCode("icns"));
+    put16(map + 34, references - 1), put16(map + 36, 10);
+    for (std::size_t i = 0; i < references; ++i) {
+        put16(map + 38 + 12 * i, std::uint32_t(i)), put16(map + 40 + 12 * i, 0xFFFF); // data offset 0 for all
+    }
+    AppleDouble sidecar;
+    sidecar.setResourceFork(std::move(fork));
+    return sidecar.serialise().value();
+}
+
+// An .icns file of 40 MB: one PNG element no fork can hold.
+Bytes hugeFamily()
+{
+    Bytes family(40u << 20);
+    writeFourCharCode(family.data(), fourCharCode("icns"));
+    writeFourCharCode(family.data() + 4, std::uint32_t(family.size()));
+    writeFourCharCode(family.data() + 8, fourCharCode("ic10"));
+    writeFourCharCode(family.data() + 12, std::uint32_t(family.size() - 8));
+    const Bytes png{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    std::copy(png.begin(), png.end(), family.begin() + 16);
+    return family;
+}
+
+// Sidecars and icons made to hurt: each refused at once, in little memory,
+// with the reason, and the sidecar left as it was.
+TEST_F(CustomIconCommands, HostileSidecarsAndIconsAreRefusedInBoundedMemory)
+{
+    const std::string icon = quoted(kSamples / "pillow.icns"), photo = quoted(photo_);
+    writeFileBytes(sidecar_, forkBomb());
+    const Bytes bomb = readFileBytes(sidecar_);
+    for (const std::string& command : {"info " + photo, "set-icon " + photo + " " + icon, "create-thumbnails " + photo}) {
+        const Outcome outcome = quilo(command);
+        EXPECT_LT(outcome.peakKilobytes, 200 * 1024) << command;
+        EXPECT_TRUE(command[0] == 'c' || contains(outcome, "._photo.jpg")) << outcome.output;
+    }
+    EXPECT_EQ(readFileBytes(sidecar_), bomb);
+
+    fs::remove(sidecar_);
+    ASSERT_EQ(::mkfifo(sidecar_.c_str(), 0644), 0);
+    for (const std::string& command : {"info " + photo, "set-icon " + photo + " " + icon, "remove-icon " + photo}) {
+        const Outcome outcome = shell("timeout 20 " + std::string(QUILO_BINARY) + " " + command + " 2>&1");
+        EXPECT_EQ(outcome.status, 1) << command << ": a FIFO is an unreadable sidecar, at once\n" << outcome.output;
+    }
+    fs::remove(sidecar_);
+
+    ASSERT_EQ(quilo("set-icon " + photo + " " + icon).status, 0);
+    const Bytes before = readFileBytes(sidecar_);
+    writeFileBytes(directory_ / "big.icns", hugeFamily());
+    const Outcome huge = quilo("set-icon " + photo + " " + quoted(directory_ / "big.icns"));
+    EXPECT_EQ(huge.status, 1);
+    EXPECT_TRUE(contains(huge, "the icon (40.0 MB) is too large for a resource fork, which holds at most 16.0 MB"))
+        << huge.output;
+    EXPECT_LT(huge.peakKilobytes, 150 * 1024);
+    EXPECT_EQ(readFileBytes(sidecar_), before);
+}
+
+// Links where outputs go are replaced, never written through; sidecars keep
+// their own mode, never a link target's; any name that fits gets an icon.
+TEST_F(CustomIconCommands, OutputsReplaceLinksAndEveryNameThatFitsGetsAnIcon)
+{
+    // Readable as a sidecar too, so that the one planted as a link is read.
+    const fs::path victim = directory_ / "precious";
+    const Bytes precious = AppleDouble().serialise().value();
+    writeFileBytes(victim, precious);
+    fs::permissions(victim, fs::perms::all);
+    fs::create_directory(directory_ / "out");
+    const std::string icon = quoted(kSamples / "pillow.icns");
+    const std::pair<fs::path, std::string> outputs[] = {
+        {directory_ / "out/ic07.png", "extract " + icon + " --output " + quoted(directory_ / "out")},
+        {directory_ / "got.icns", "get-icon " + quoted(photo_) + " " + quoted(directory_ / "got.icns")},
+        {sidecar_, "set-icon " + quoted(photo_) + " " + icon},
+    };
+    for (const auto& [link, command] : outputs)
+        fs::create_symlink(victim, link);
+    const mode_t umask = ::umask(002); // a shared folder's: new files would be group-writable
+    for (const auto& [link, command] : std::vector(std::rbegin(outputs), std::rend(outputs))) {
+        EXPECT_EQ(quilo(command).status, 0) << command;
+        EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(link))) << link;
+    }
+    EXPECT_EQ(readFileBytes(victim), precious);
+    ::umask(umask);
+    EXPECT_EQ(fs::status(sidecar_).permissions(), fs::perms(0644)) << "new: 0644 less the umask";
+    fs::permissions(sidecar_, fs::perms(0600));
+    ASSERT_EQ(quilo("set-icon " + quoted(photo_) + " " + quoted(kSamples / "shapes-png2icns.icns")).status, 0);
+    EXPECT_EQ(fs::status(sidecar_).permissions(), fs::perms(0600)) << "rewritten: the mode it had";
+
+    const fs::path longest = directory_ / std::string(253, 'n'), tooLong = directory_ / std::string(255, 'n');
+    for (const fs::path& file : {longest, tooLong})
+        writeFileBytes(file, Bytes{'x'});
+    EXPECT_EQ(quilo("set-icon " + quoted(longest) + " " + icon).status, 0);
+    EXPECT_TRUE(IconFamily::iconFamilyWithIconOfFile(longest));
+    const Outcome refused = quilo("set-icon " + quoted(tooLong) + " " + icon);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(contains(refused, "File name too long")) << refused.output;
 }
 
 // Runs quilo without waiting for it, its output dropped.
