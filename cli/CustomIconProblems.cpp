@@ -4,60 +4,57 @@
 
 #include "iconfamily/ForkStore.h"
 #include "iconfamily/IconFamily.h"
-#include "iconfamily/ResourceFork.h"
 
 #include <cstdio>
-#include <unistd.h>
+#include <cstring>
 
 namespace quilo::cli {
 namespace {
 
-std::string damaged(const std::filesystem::path& item)
+std::string megabytes(std::size_t bytes)
 {
-    return forkStore().whereKept(item) + " is damaged or not one Quilo can read; it was left as it is";
-}
-
-// The reason one item's fork or Finder info stands in the way, if any.
-std::string problemWith(const std::filesystem::path& item)
-{
-    FinderInfo info;
-    std::vector<std::uint8_t> fork;
-    const OSErr infoError = forkStore().readFinderInfo(item, info);
-    const OSErr forkError = infoError ? infoError : forkStore().readResourceFork(item, fork);
-    if (infoError == mapReadErr || forkError == mapReadErr || (forkError == noErr && !parseResourceFork(fork)))
-        return damaged(item);
-    if (infoError == permErr || forkError == permErr)
-        return "cannot read " + forkStore().whereKept(item);
-    if (::access(item.parent_path().c_str(), W_OK | X_OK) != 0)
-        return "cannot write in the folder " + item.parent_path().string();
-    return {};
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f MB", double(bytes) / (1 << 20));
+    return text;
 }
 
 } // namespace
 
-std::string explainCustomIconFailure(const std::filesystem::path& path)
+std::string explainCustomIconFailure(const ForkFailure& failure, std::size_t iconSize)
 {
-    std::error_code error;
-    const auto target = std::filesystem::canonical(path, error);
-    if (error)
+    const std::string where = forkStore().whereKept(failure.item);
+    const std::string cause = failure.systemError ? std::string(": ") + std::strerror(failure.systemError) : "";
+    switch (failure.error) {
+    case fnfErr:
         return "no such file or folder";
-    std::string problem = problemWith(target);
-    if (problem.empty() && std::filesystem::is_directory(target, error))
-        problem = problemWith(customIconFileOfFolder(target));
-    return problem.empty() ? "the custom icon could not be changed" : problem;
+    case mapReadErr:
+        return where + " is damaged or not one Quilo can read; it was left as it is";
+    case fsDataTooBigErr:
+        return "the icon" + (iconSize ? " (" + megabytes(iconSize) + ")" : std::string())
+             + " is too large for a resource fork, which holds at most "
+             + megabytes(kMaxResourceDataSize) + "; " + where + " was left as it is";
+    case permErr:
+    case ioErr:
+        return "cannot read " + where + cause;
+    case writErr:
+        return "cannot write " + where + cause + "; the old one was left as it is";
+    default:
+        return "the custom icon could not be changed (error " + std::to_string(failure.error) + ")";
+    }
 }
 
 int setCustomIcon(const char* command, const IconFamily& family, const std::filesystem::path& path,
                   bool withCompatibility)
 {
     std::error_code ignored;
+    ForkFailure failure;
     const bool set = std::filesystem::is_directory(path, ignored)
-                       ? family.setAsCustomIconForDirectory(path, withCompatibility)
-                       : family.setAsCustomIconForFile(path, withCompatibility);
+                       ? family.setAsCustomIconForDirectory(path, withCompatibility, &failure)
+                       : family.setAsCustomIconForFile(path, withCompatibility, &failure);
     if (set)
         return kExitSuccess;
-    std::fprintf(stderr, "quilo %s: %s: %s\n", command, displayPath(path).c_str(),
-                 displayPath(explainCustomIconFailure(path)).c_str());
+    const std::string reason = explainCustomIconFailure(failure, family.iconFamilyHandle().size());
+    std::fprintf(stderr, "quilo %s: %s: %s\n", command, displayPath(path).c_str(), displayPath(reason).c_str());
     return kExitFailure;
 }
 

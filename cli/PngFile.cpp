@@ -1,5 +1,6 @@
 #include "cli/PngFile.h"
 
+#include "foundation/AtomicFile.h"
 #include "iconfamily/ImageCodecs.h"
 
 namespace quilo::cli {
@@ -7,8 +8,10 @@ namespace quilo::cli {
 bool writePng(const std::filesystem::path& path, const DecodedElement& element)
 {
     const ImageCodecs* codecs = imageCodecs();
-    return codecs
-        && codecs->writePng(path, element.pixels.data(), element.width, element.height, element.channels);
+    const auto bytes = codecs ? codecs->encodePng(element.pixels.data(), element.width, element.height,
+                                                  element.channels)
+                              : std::nullopt;
+    return bytes && writeFileAtomically(path, *bytes);
 }
 
 } // namespace quilo::cli

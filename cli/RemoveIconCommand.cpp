@@ -19,16 +19,11 @@ it to take it off).
 The exit status is 0 when every file had its icon removed, 1 otherwise.
 )";
 
-std::string whyNotRemoved(const std::filesystem::path& path)
+std::string whyNotRemoved(const ForkFailure& failure)
 {
-    std::error_code error;
-    if (std::filesystem::is_directory(path, error))
-        return "is a folder; only a file's custom icon can be removed";
-    std::vector<std::uint8_t> fork;
-    const auto target = std::filesystem::canonical(path, error);
-    if (!error && forkStore().readResourceFork(target, fork) == resFNotFound)
+    if (failure.error == resFNotFound)
         return "has no resource fork, so no custom icon to remove";
-    return explainCustomIconFailure(path);
+    return explainCustomIconFailure(failure);
 }
 
 int run(const Arguments& arguments)
@@ -40,10 +35,15 @@ int run(const Arguments& arguments)
     bool allRemoved = true;
     for (const std::string& path : arguments.positionals) {
         std::error_code error;
-        if (!std::filesystem::is_directory(path, error) && IconFamily::removeCustomIconFromFile(path))
+        ForkFailure failure;
+        if (std::filesystem::is_directory(path, error))
+            std::fprintf(stderr, "quilo remove-icon: %s: is a folder; only a file's custom icon can be removed\n",
+                         displayPath(path).c_str());
+        else if (IconFamily::removeCustomIconFromFile(path, &failure))
             continue;
-        std::fprintf(stderr, "quilo remove-icon: %s: %s\n", displayPath(path).c_str(),
-                     displayPath(whyNotRemoved(path)).c_str());
+        else
+            std::fprintf(stderr, "quilo remove-icon: %s: %s\n", displayPath(path).c_str(),
+                         displayPath(whyNotRemoved(failure)).c_str());
         allRemoved = false;
     }
     return allRemoved ? kExitSuccess : kExitFailure;

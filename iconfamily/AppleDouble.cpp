@@ -140,26 +140,35 @@ std::optional<AppleDouble> AppleDouble::parse(Bytes bytes)
         return std::nullopt;
     const std::size_t headerEnd = sizeof(RawHeader) + count * sizeof(RawDescriptor);
 
-    std::vector<AppleDoubleEntry> entries;
+    // Every descriptor is checked before anything is copied, so entries
+    // that lie about sharing bytes cannot make the reader copy them twice.
+    std::vector<RawDescriptor> descriptors(count);
     std::vector<std::pair<std::size_t, std::size_t>> ranges;
+    std::vector<std::uint32_t> ids;
     for (std::size_t i = 0; i < count; ++i) {
-        const auto descriptor = readRaw<RawDescriptor>(bytes, sizeof(RawHeader) + i * sizeof(RawDescriptor));
-        const std::uint32_t id = be32(descriptor.id);
-        const std::size_t offset = be32(descriptor.offset), length = be32(descriptor.length);
+        descriptors[i] = readRaw<RawDescriptor>(bytes, sizeof(RawHeader) + i * sizeof(RawDescriptor));
+        const std::uint32_t id = be32(descriptors[i].id);
+        const std::size_t offset = be32(descriptors[i].offset), length = be32(descriptors[i].length);
         // Compared as remaining sizes, so no sum can overflow.
         if (id == 0 || offset > bytes.size() || length > bytes.size() - offset || (length > 0 && offset < headerEnd))
             return std::nullopt;
-        if (std::any_of(entries.begin(), entries.end(), [&](const AppleDoubleEntry& e) { return e.id == id; }))
-            return std::nullopt;
+        ids.push_back(id);
         if (length > 0)
             ranges.emplace_back(offset, offset + length);
-        const auto data = bytes.subspan(offset, length);
-        entries.push_back({id, {data.begin(), data.end()}, offset});
     }
+    std::sort(ids.begin(), ids.end());
+    if (std::adjacent_find(ids.begin(), ids.end()) != ids.end())
+        return std::nullopt;
     std::sort(ranges.begin(), ranges.end());
     for (std::size_t i = 1; i < ranges.size(); ++i)
         if (ranges[i].first < ranges[i - 1].second)
             return std::nullopt;
+    std::vector<AppleDoubleEntry> entries;
+    entries.reserve(count);
+    for (const RawDescriptor& descriptor : descriptors) {
+        const auto data = bytes.subspan(be32(descriptor.offset), be32(descriptor.length));
+        entries.push_back({be32(descriptor.id), {data.begin(), data.end()}, be32(descriptor.offset)});
+    }
     std::array<std::uint8_t, 16> filler;
     std::copy(std::begin(header.filler), std::end(header.filler), filler.begin());
     return AppleDouble(filler, std::move(entries));

@@ -44,19 +44,4 @@ OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* fileSpec, FSRef* parentRef)
 
 OSErr FSGetCatalogFinderInfo(const FSRef& ref, FinderInfo& info) { return forkStore().readFinderInfo(ref.path, info); }
 
-OSErr FSSetCatalogFinderInfo(const FSRef& ref, const FinderInfo& info)
-{
-    return forkStore().writeFinderInfo(ref.path, info);
-}
-
-OSErr FSpGetFInfo(const FSSpec& fileSpec, FinderInfo& info)
-{
-    return forkStore().readFinderInfo(fileSpec.path(), info);
-}
-
-OSErr FSpSetFInfo(const FSSpec& fileSpec, const FinderInfo& info)
-{
-    return forkStore().writeFinderInfo(fileSpec.path(), info);
-}
-
 } // namespace quilo

@@ -33,11 +33,7 @@ bool getFSSpec(const std::filesystem::path& path, FSSpec& fileSpec, bool createF
 // FSGetCatalogInfo: the item's FSSpec and its folder's reference.
 // fnfErr for an item with no folder (the root).
 OSErr FSGetCatalogInfo(const FSRef& ref, FSSpec* fileSpec, FSRef* parentRef);
-// FSGetCatalogInfo and FSSetCatalogInfo with kFSCatInfoFinderInfo.
+// FSGetCatalogInfo with kFSCatInfoFinderInfo. Changes go through a ForkEdit.
 OSErr FSGetCatalogFinderInfo(const FSRef& ref, FinderInfo& info);
-OSErr FSSetCatalogFinderInfo(const FSRef& ref, const FinderInfo& info);
-// FSpGetFInfo and FSpSetFInfo.
-OSErr FSpGetFInfo(const FSSpec& fileSpec, FinderInfo& info);
-OSErr FSpSetFInfo(const FSSpec& fileSpec, const FinderInfo& info);
 
 } // namespace quilo

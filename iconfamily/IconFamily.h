@@ -13,7 +13,9 @@
 
 namespace quilo {
 
-struct FSSpec;
+class ForkEdit;
+struct ForkFailure;
+struct ResourceFork;
 
 // The ID of every custom-icon resource.
 constexpr std::int16_t kCustomIconResource = -16455;
@@ -65,12 +67,16 @@ public:
     // The custom icon of a file or folder: the family stored as resource
     // 'icns' kCustomIconResource and the kHasCustomIcon Finder flag. A
     // folder keeps its resources in the invisible file "Icon\r" inside it.
-    // With compatibility, the old 32 and 16 px resources are added too.
-    bool setAsCustomIconForFile(const std::filesystem::path& path, bool withCompatibility = false) const;
-    bool setAsCustomIconForDirectory(const std::filesystem::path& path, bool withCompatibility = false) const;
+    // With compatibility, the old 32 and 16 px resources are added too. Each
+    // item's change is written at once or not at all; after a false,
+    // `failure` (when given) says what stopped it.
+    bool setAsCustomIconForFile(const std::filesystem::path& path, bool withCompatibility = false,
+                                ForkFailure* failure = nullptr) const;
+    bool setAsCustomIconForDirectory(const std::filesystem::path& path, bool withCompatibility = false,
+                                     ForkFailure* failure = nullptr) const;
     // Takes the 'icns' resource off and clears the flags; the compatibility
     // resources stay. There is no counterpart for folders.
-    static bool removeCustomIconFromFile(const std::filesystem::path& path);
+    static bool removeCustomIconFromFile(const std::filesystem::path& path, ForkFailure* failure = nullptr);
     // The family of the custom icon the Finder shows for the file or folder;
     // null when it has none.
     static std::unique_ptr<IconFamily> iconFamilyWithIconOfFile(const std::filesystem::path& path);
@@ -84,9 +90,10 @@ public:
     static std::unique_ptr<IconFamily> iconFamilyWithScrap();
     bool putOnScrap() const;
 
-    // Copies the element of that type into a new resource of the current
-    // resource file. False, adding nothing, when the family lacks it.
-    bool addResourceType(OSType type, std::int16_t asResID) const;
+    // Copies the element of that type into the fork as a new resource of
+    // that type and ID. False, adding nothing, when the family lacks it or
+    // the ID is taken.
+    bool addResourceType(ResourceFork& fork, OSType type, std::int16_t asResID) const;
 
     const IconFamilyHandle& iconFamilyHandle() const { return hIconFamily_; }
 
@@ -99,7 +106,7 @@ public:
     static ElementData get1BitMaskFromBitmapImageRep(const BitmapImageRep& bitmap, int requiredPixelSize);
 
 private:
-    bool writeCustomIconResources(const FSSpec& fileSpec, bool withCompatibility) const;
+    OSErr writeCustomIconResources(ForkEdit& edit, bool withCompatibility) const;
 
     IconFamilyHandle hIconFamily_;
 };

@@ -1,21 +1,17 @@
-// Custom icons on files and folders. Every step that can fail ends the
-// operation with false and nothing rolled back; the fork is closed before
-// the Finder flags change, so a failure after the close leaves the new
-// resource in place with the old flags.
+// Custom icons on files and folders. Each item's fork and Finder info are
+// read once, changed in memory and written once: a failure at any step, or
+// a kill, leaves the item as it was, and two writers of one item take turns.
 #include "iconfamily/ChangeNotifier.h"
 #include "iconfamily/FileReference.h"
 #include "iconfamily/ForkStore.h"
 #include "iconfamily/IcnsContainer.h"
 #include "iconfamily/IconElementTypes.h"
 #include "iconfamily/IconFamily.h"
-#include "iconfamily/ResourceManager.h"
 
 #include <new>
 
 namespace quilo {
 namespace {
-
-constexpr std::int8_t fsRdPerm = 1;
 
 // The old resources a Finder before icon families reads.
 constexpr OSType kCompatibilityTypes[] = {fourCharCode("icl8"), fourCharCode("ICN#"), fourCharCode("ics8"),
@@ -26,113 +22,158 @@ std::uint16_t withFlags(std::uint16_t flags, std::uint16_t set, std::uint16_t cl
     return std::uint16_t((flags | set) & ~cleared);
 }
 
+void changeFinderFlags(ForkEdit& edit, std::uint16_t set, std::uint16_t cleared)
+{
+    edit.finderInfo().setFinderFlags(withFlags(edit.finderInfo().finderFlags(), set, cleared));
+}
+
+bool failed(ForkFailure* failure, ForkFailure why)
+{
+    if (failure)
+        *failure = std::move(why);
+    return false;
+}
+
+bool failed(ForkFailure* failure, OSErr error, const std::filesystem::path& item)
+{
+    return failed(failure, ForkFailure{error, 0, item});
+}
+
 bool fileReferences(const std::filesystem::path& path, FSSpec& fileSpec, FSRef& parentRef)
 {
     FSRef ref;
     return getFSRef(path, ref, false) && FSGetCatalogInfo(ref, &fileSpec, &parentRef) == noErr;
 }
 
-bool changeFinderFlags(const FSSpec& fileSpec, std::uint16_t set, std::uint16_t cleared)
+// FSpCreateResFile: an empty fork for an item that has none, with the type
+// and creator where nothing was kept for the item yet. dupFNErr when the
+// item has a fork already.
+OSErr createResourceFork(ForkEdit& edit, OSType creator, OSType type)
 {
-    FinderInfo info;
-    if (ResError() != noErr || FSpGetFInfo(fileSpec, info) != noErr)
-        return false;
-    info.setFinderFlags(withFlags(info.finderFlags(), set, cleared));
-    return FSpSetFInfo(fileSpec, info) == noErr;
+    if (edit.resourceFork())
+        return dupFNErr;
+    if (edit.isNew()) {
+        edit.finderInfo().setFileType(type);
+        edit.finderInfo().setCreator(creator);
+    }
+    edit.resourceFork().emplace();
+    return noErr;
+}
+
+// Writes the edit, and tells whoever watches the folder that it changed.
+bool commitAndNotify(ForkEdit& edit, const std::filesystem::path& folder, ForkFailure* failure)
+{
+    if (ForkFailure why = edit.commit(); why.error)
+        return failed(failure, std::move(why));
+    if (const OSErr error = changeNotifier().directoryModified(folder))
+        return failed(failure, error, folder);
+    return true;
 }
 
 } // namespace
 
-// Opens the fork, puts a copy of the family in place of any custom icon,
-// adds the compatibility resources if asked, and closes the fork.
-bool IconFamily::writeCustomIconResources(const FSSpec& fileSpec, bool withCompatibility) const
+// Puts a copy of the family in place of any custom icon in the fork, and the
+// compatibility resources if asked. A family no fork can hold is refused
+// before it is copied.
+OSErr IconFamily::writeCustomIconResources(ForkEdit& edit, bool withCompatibility) const
 {
-    const ResFileRefNum file = FSpOpenResFile(fileSpec, fsRdWrPerm);
-    if (file == kResFileNotOpened)
-        return false;
+    std::optional<ResourceFork>& fork = edit.resourceFork();
+    if (!fork)
+        return resFNotFound;
+    if (hIconFamily_.size() > kMaxResourceDataSize)
+        return fsDataTooBigErr;
     IconFamilyHandle copy;
     try {
         copy = hIconFamily_; // the family's own block is never handed over
     } catch (const std::bad_alloc&) {
-        CloseResFile(file);
-        return false;
+        return memFullErr;
     }
-    if (const Resource* existing = GetResource(kIconFamilyType, kCustomIconResource))
-        RemoveResource(existing);
-    AddResource(std::move(copy), kIconFamilyType, kCustomIconResource, "");
-    if (ResError() != noErr) {
-        CloseResFile(file);
-        return false;
-    }
+    fork->remove(kIconFamilyType, kCustomIconResource);
+    if (!fork->add({kIconFamilyType, kCustomIconResource, "", 0, std::move(copy)}))
+        return addResFailed;
     if (withCompatibility)
-        for (OSType type : kCompatibilityTypes)
-            addResourceType(type, kCustomIconResource);
-    CloseResFile(file);
-    return true;
+        for (OSType type : kCompatibilityTypes) {
+            // An earlier family's resource would be shown in place of this one.
+            fork->remove(type, kCustomIconResource);
+            addResourceType(*fork, type, kCustomIconResource); // a missing element is no failure
+        }
+    return noErr;
 }
 
-bool IconFamily::setAsCustomIconForFile(const std::filesystem::path& path, bool withCompatibility) const
+bool IconFamily::setAsCustomIconForFile(const std::filesystem::path& path, bool withCompatibility,
+                                        ForkFailure* failure) const
 {
     FSSpec fileSpec;
     FSRef parentRef;
     if (!fileReferences(path, fileSpec, parentRef))
-        return false;
-    const HfsCodes codes = forkStore().hfsCodes(path).value_or(HfsCodes{kUnknownFourCharCode, kUnknownFourCharCode});
-    FSpCreateResFile(fileSpec, codes.creator, codes.type, smSystemScript);
-    if (ResError() != noErr && ResError() != dupFNErr)
-        return false;
-    if (!writeCustomIconResources(fileSpec, withCompatibility))
-        return false;
-    if (!changeFinderFlags(fileSpec, kHasCustomIcon, kHasBeenInited))
-        return false;
-    return changeNotifier().directoryModified(parentRef.path) == noErr;
+        return failed(failure, fnfErr, path);
+    const auto edit = forkStore().edit(fileSpec.path());
+    if (edit->readFailure().error)
+        return failed(failure, edit->readFailure());
+    // The fork takes the file's own type and creator; one that has a fork
+    // already (dupFNErr) keeps it.
+    const FinderInfo attributes = edit->finderInfo();
+    createResourceFork(*edit, attributes.creator(), attributes.fileType());
+    if (const OSErr error = writeCustomIconResources(*edit, withCompatibility))
+        return failed(failure, error, fileSpec.path());
+    changeFinderFlags(*edit, kHasCustomIcon, kHasBeenInited);
+    return commitAndNotify(*edit, parentRef.path, failure);
 }
 
-bool IconFamily::setAsCustomIconForDirectory(const std::filesystem::path& path, bool withCompatibility) const
+bool IconFamily::setAsCustomIconForDirectory(const std::filesystem::path& path, bool withCompatibility,
+                                             ForkFailure* failure) const
 {
     std::error_code error;
-    if (!std::filesystem::is_directory(path, error))
-        return false;
+    FSRef folderRef;
+    if (!std::filesystem::is_directory(path, error) || !getFSRef(path, folderRef, false))
+        return failed(failure, fnfErr, path);
+    // Too large for a fork: refused before the old icon file goes.
+    if (hIconFamily_.size() > kMaxResourceDataSize)
+        return failed(failure, fsDataTooBigErr, customIconFileOfFolder(folderRef.path));
+    // The folder's own edit comes first, so that two changes of one folder
+    // take turns from the start; what it read is looked at only at the end.
+    const auto folderEdit = forkStore().edit(folderRef.path);
     // An earlier icon file is replaced, never edited; a fork left behind by
     // an icon file deleted on its own counts as one.
-    const auto iconPath = customIconFileOfFolder(path);
+    const auto iconPath = customIconFileOfFolder(folderRef.path);
     if (std::filesystem::exists(iconPath, error) || forkStore().holdsAnything(iconPath))
-        if (forkStore().removeItem(iconPath) != noErr)
-            return false;
-    FSSpec iconSpec, folderSpec;
-    FSRef folderRef;
-    if (!getFSSpec(iconPath, iconSpec, true) || !getFSSpec(path, folderSpec, true) || !getFSRef(path, folderRef, false))
-        return false;
-    FSpCreateResFile(iconSpec, kUnknownFourCharCode, kUnknownFourCharCode, smSystemScript);
-    if (ResError() != noErr)
-        return false;
-    if (!writeCustomIconResources(iconSpec, withCompatibility))
-        return false;
-    if (!changeFinderFlags(iconSpec, kIsInvisible, kHasBeenInited))
-        return false;
-    FinderInfo folderInfo;
-    if (FSGetCatalogFinderInfo(folderRef, folderInfo) != noErr)
-        return false;
-    folderInfo.setFinderFlags(withFlags(folderInfo.finderFlags(), kHasCustomIcon, kHasBeenInited));
-    FSSetCatalogFinderInfo(folderRef, folderInfo); // unchecked: the icon is in place either way
-    return changeNotifier().directoryModified(folderRef.path) == noErr;
+        if (const OSErr removed = forkStore().removeItem(iconPath))
+            return failed(failure, removed, iconPath);
+    FSSpec iconSpec;
+    if (!getFSSpec(iconPath, iconSpec, true))
+        return failed(failure, ForkFailure{writErr, errno, iconPath});
+    {
+        const auto iconEdit = forkStore().edit(iconSpec.path());
+        if (iconEdit->readFailure().error)
+            return failed(failure, iconEdit->readFailure());
+        if (createResourceFork(*iconEdit, kUnknownFourCharCode, kUnknownFourCharCode) != noErr)
+            return failed(failure, dupFNErr, iconPath);
+        if (const OSErr written = writeCustomIconResources(*iconEdit, withCompatibility))
+            return failed(failure, written, iconPath);
+        changeFinderFlags(*iconEdit, kIsInvisible, kHasBeenInited);
+        if (ForkFailure why = iconEdit->commit(); why.error)
+            return failed(failure, std::move(why));
+    }
+    if (folderEdit->readFailure().error)
+        return failed(failure, folderEdit->readFailure());
+    changeFinderFlags(*folderEdit, kHasCustomIcon, kHasBeenInited);
+    return commitAndNotify(*folderEdit, folderRef.path, failure);
 }
 
-bool IconFamily::removeCustomIconFromFile(const std::filesystem::path& path)
+bool IconFamily::removeCustomIconFromFile(const std::filesystem::path& path, ForkFailure* failure)
 {
     FSSpec fileSpec;
     FSRef parentRef;
     if (!fileReferences(path, fileSpec, parentRef))
-        return false;
-    const ResFileRefNum file = FSpOpenResFile(fileSpec, fsRdWrPerm);
-    if (file == kResFileNotOpened)
-        return false;
-    if (const Resource* icon = GetResource(kIconFamilyType, kCustomIconResource))
-        RemoveResource(icon);
-    CloseResFile(file);
-    if (!changeFinderFlags(fileSpec, 0, kHasCustomIcon | kHasBeenInited))
-        return false;
-    return changeNotifier().directoryModified(parentRef.path) == noErr;
+        return failed(failure, fnfErr, path);
+    const auto edit = forkStore().edit(fileSpec.path());
+    if (edit->readFailure().error)
+        return failed(failure, edit->readFailure());
+    if (!edit->resourceFork())
+        return failed(failure, resFNotFound, fileSpec.path());
+    edit->resourceFork()->remove(kIconFamilyType, kCustomIconResource);
+    changeFinderFlags(*edit, 0, kHasCustomIcon | kHasBeenInited);
+    return commitAndNotify(*edit, parentRef.path, failure);
 }
 
 std::unique_ptr<IconFamily> IconFamily::iconFamilyWithIconOfFile(const std::filesystem::path& path)
@@ -147,15 +188,14 @@ std::unique_ptr<IconFamily> IconFamily::iconFamilyWithIconOfFile(const std::file
     const bool isFolder = std::filesystem::is_directory(ref.path, error);
     if (!getFSSpec(isFolder ? customIconFileOfFolder(ref.path) : ref.path, forkOwner, false))
         return nullptr;
-    const ResFileRefNum file = FSpOpenResFile(forkOwner, fsRdPerm);
-    if (file == kResFileNotOpened)
+    std::vector<std::uint8_t> forkBytes;
+    if (forkStore().readResourceFork(forkOwner.path(), forkBytes) != noErr)
         return nullptr;
-    std::unique_ptr<IconFamily> family;
-    const Resource* icon = GetResource(kIconFamilyType, kCustomIconResource);
-    if (icon && parseIconFamily(icon->data))
-        family = iconFamilyWithIconFamilyHandle(IconFamilyHandle(icon->data));
-    CloseResFile(file);
-    return family;
+    const auto fork = parseResourceFork(forkBytes);
+    const Resource* icon = fork ? fork->find(kIconFamilyType, kCustomIconResource) : nullptr;
+    if (!icon || !parseIconFamily(icon->data))
+        return nullptr;
+    return iconFamilyWithIconFamilyHandle(IconFamilyHandle(icon->data));
 }
 
 } // namespace quilo

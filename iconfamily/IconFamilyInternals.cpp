@@ -3,7 +3,7 @@
 #include "iconfamily/IconFamily.h"
 
 #include "foundation/Log.h"
-#include "iconfamily/ResourceManager.h"
+#include "iconfamily/ResourceFork.h"
 #include "iconfamily/SystemPalette.h"
 
 #include <algorithm>
@@ -198,13 +198,12 @@ IconFamily::ElementData IconFamily::get1BitMaskFromBitmapImageRep(const BitmapIm
 
 namespace quilo {
 
-bool IconFamily::addResourceType(OSType type, std::int16_t asResID) const
+bool IconFamily::addResourceType(ResourceFork& fork, OSType type, std::int16_t asResID) const
 {
     std::vector<std::uint8_t> data;
     if (getIconFamilyData(hIconFamily_, type, data) != noErr || data.empty())
         return false;
-    AddResource(std::move(data), type, asResID, "");
-    return true; // what the Resource Manager made of it is not looked at
+    return fork.add({type, asResID, "", 0, std::move(data)});
 }
 
 } // namespace quilo

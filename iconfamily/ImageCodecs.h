@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace quilo {
 
@@ -17,8 +18,10 @@ namespace quilo {
 struct ImageCodecs {
     PictureLoadResult (*loadPicture)(const std::filesystem::path& path, int forIconWidth);
     std::optional<RgbaPixels> (*decodeEmbeddedImage)(std::span<const std::uint8_t> data);
-    bool (*writePng)(const std::filesystem::path& path, const std::uint8_t* pixels, int width, int height,
-                     int channels);
+    // The pixels as a PNG file's bytes, for the caller to write without
+    // following links.
+    std::optional<std::vector<std::uint8_t>> (*encodePng)(const std::uint8_t* pixels, int width, int height,
+                                                          int channels);
 };
 
 // Null if the module cannot be loaded (then only JPEGs can be read).

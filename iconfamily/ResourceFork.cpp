@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <utility>
 
 namespace quilo {
@@ -50,10 +49,6 @@ struct RawReference {
 static_assert(sizeof(RawReference) == 12);
 
 constexpr std::uint16_t kNoName = 0xFFFF;
-constexpr std::size_t kMaxDataOffset = 0xFFFFFF;
-
-
-
 
 template<typename T>
 void appendRaw(std::vector<std::uint8_t>& out, const T& raw)
@@ -109,6 +104,92 @@ bool ResourceFork::remove(OSType type, std::int16_t id)
     return true;
 }
 
+namespace {
+
+// One reference as the map gives it, its extents already checked.
+struct Reference {
+    OSType type;
+    std::int16_t id;
+    std::uint8_t attributes;
+    std::size_t block;  // the data's first byte, within the data area
+    std::size_t length;
+    std::size_t name;   // the name's length byte within the map, or kNoName
+};
+
+// A type listed twice, or two resources of one type with one ID, make a
+// map that cannot be edited without losing one.
+bool uniqueTypesAndIds(std::vector<OSType> types, const std::vector<Reference>& references)
+{
+    std::vector<std::pair<OSType, std::int16_t>> keys;
+    for (const Reference& reference : references)
+        keys.emplace_back(reference.type, reference.id);
+    std::sort(keys.begin(), keys.end());
+    std::sort(types.begin(), types.end());
+    return std::adjacent_find(keys.begin(), keys.end()) == keys.end()
+        && std::adjacent_find(types.begin(), types.end()) == types.end();
+}
+
+// Every reference of the map, or nullopt when one points outside the fork,
+// when two share bytes or an ID, or when lists overlap. Nothing is copied
+// here: a lying map cannot make the reader copy one block many times.
+std::optional<std::vector<Reference>> readReferences(Bytes map, Bytes data)
+{
+    const std::size_t mapLength = map.size(), dataLength = data.size();
+    const auto mapHeader = readRaw<RawMapHeader>(map, 0);
+    const std::size_t typeList = be16(mapHeader.typeListOffset), nameList = be16(mapHeader.nameListOffset);
+    if (typeList < sizeof(RawMapHeader) || typeList > mapLength - 2 || nameList < sizeof(RawMapHeader)
+        || nameList > mapLength)
+        return std::nullopt;
+    // The count is stored minus one: an empty list says 0xFFFF.
+    const std::size_t typeCount = ((std::size_t(map[typeList]) << 8 | map[typeList + 1]) + 1) & 0xFFFF;
+    if (typeCount > (mapLength - typeList - 2) / sizeof(RawTypeEntry))
+        return std::nullopt;
+
+    std::vector<Range> mapRanges{{typeList, typeList + 2 + typeCount * sizeof(RawTypeEntry)}};
+    std::vector<Range> dataRanges;
+    std::vector<Reference> references;
+    std::vector<OSType> types;
+    for (std::size_t t = 0; t < typeCount; ++t) {
+        const auto entry = readRaw<RawTypeEntry>(map, typeList + 2 + t * sizeof(RawTypeEntry));
+        const OSType type = be32(entry.type);
+        types.push_back(type);
+        const std::size_t count = be16(entry.countMinusOne) + 1;
+        const std::size_t listOffset = be16(entry.referenceListOffset);
+        if (listOffset > mapLength - typeList)
+            return std::nullopt;
+        const std::size_t list = typeList + listOffset;
+        // Reference lists may not share bytes, so all of them together fit
+        // the map: that bounds the work before the overlap check below.
+        if (count > (mapLength - list) / sizeof(RawReference)
+            || references.size() + count > mapLength / sizeof(RawReference))
+            return std::nullopt;
+        mapRanges.emplace_back(list, list + count * sizeof(RawReference));
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto raw = readRaw<RawReference>(map, list + i * sizeof(RawReference));
+            Reference reference{type, std::int16_t(std::uint16_t(be16(raw.id))), raw.attributes, be24(raw.dataOffset),
+                                0, be16(raw.nameOffset)};
+            if (reference.block > dataLength || dataLength - reference.block < 4)
+                return std::nullopt;
+            reference.length = readFourCharCode(data.data() + reference.block);
+            if (reference.length > dataLength - reference.block - 4)
+                return std::nullopt;
+            dataRanges.emplace_back(reference.block, reference.block + 4 + reference.length);
+            reference.block += 4;
+            if (reference.name != kNoName) {
+                if (reference.name >= mapLength - nameList || map[nameList + reference.name] > mapLength - nameList - reference.name - 1)
+                    return std::nullopt;
+                reference.name += nameList;
+            }
+            references.push_back(reference);
+        }
+    }
+    if (!disjoint(std::move(mapRanges)) || !disjoint(std::move(dataRanges)) || !uniqueTypesAndIds(std::move(types), references))
+        return std::nullopt;
+    return references;
+}
+
+} // namespace
+
 std::optional<ResourceFork> parseResourceFork(Bytes bytes)
 {
     if (bytes.size() < kResourceForkHeaderSize)
@@ -125,6 +206,9 @@ std::optional<ResourceFork> parseResourceFork(Bytes bytes)
         return std::nullopt;
     const Bytes data = bytes.subspan(dataOffset, dataLength);
     const Bytes map = bytes.subspan(mapOffset, mapLength);
+    const auto references = readReferences(map, data);
+    if (!references)
+        return std::nullopt;
 
     ResourceFork fork;
     const std::size_t systemEnd = std::min({dataOffset, mapOffset, kResourceDataStart});
@@ -134,64 +218,14 @@ std::optional<ResourceFork> parseResourceFork(Bytes bytes)
     fork.mapHandle = be32(mapHeader.handle);
     fork.mapFileRef = std::uint16_t(be16(mapHeader.fileRef));
     fork.mapAttributes = std::uint16_t(be16(mapHeader.attributes));
-    const std::size_t typeList = be16(mapHeader.typeListOffset), nameList = be16(mapHeader.nameListOffset);
-    if (typeList < sizeof(RawMapHeader) || typeList > mapLength - 2 || nameList < sizeof(RawMapHeader)
-        || nameList > mapLength)
-        return std::nullopt;
-    // The count is stored minus one: an empty list says 0xFFFF.
-    const std::size_t typeCount = ((std::size_t(map[typeList]) << 8 | map[typeList + 1]) + 1) & 0xFFFF;
-    if (typeCount > (mapLength - typeList - 2) / sizeof(RawTypeEntry))
-        return std::nullopt;
-
-    std::vector<Range> mapRanges{{typeList, typeList + 2 + typeCount * sizeof(RawTypeEntry)}};
-    std::vector<Range> dataRanges;
-    for (std::size_t t = 0; t < typeCount; ++t) {
-        const auto entry = readRaw<RawTypeEntry>(map, typeList + 2 + t * sizeof(RawTypeEntry));
-        const OSType type = be32(entry.type);
-        const std::size_t count = be16(entry.countMinusOne) + 1;
-        const std::size_t listOffset = be16(entry.referenceListOffset);
-        if (listOffset > mapLength - typeList)
-            return std::nullopt;
-        const std::size_t list = typeList + listOffset;
-        if (count > (mapLength - list) / sizeof(RawReference))
-            return std::nullopt;
-        if (std::any_of(fork.resources.begin(), fork.resources.end(), [&](const Resource& r) { return r.type == type; }))
-            return std::nullopt;
-        mapRanges.emplace_back(list, list + count * sizeof(RawReference));
-        const std::size_t firstOfType = fork.resources.size();
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto reference = readRaw<RawReference>(map, list + i * sizeof(RawReference));
-            Resource resource;
-            resource.type = type;
-            resource.id = std::int16_t(std::uint16_t(be16(reference.id)));
-            resource.attributes = reference.attributes;
-            const std::size_t blockOffset = be24(reference.dataOffset);
-            if (blockOffset > dataLength || dataLength - blockOffset < 4)
-                return std::nullopt;
-            const std::size_t blockLength = readFourCharCode(data.data() + blockOffset);
-            if (blockLength > dataLength - blockOffset - 4)
-                return std::nullopt;
-            dataRanges.emplace_back(blockOffset, blockOffset + 4 + blockLength);
-            const auto blockData = data.subspan(blockOffset + 4, blockLength);
-            resource.data.assign(blockData.begin(), blockData.end());
-            const std::size_t nameOffset = be16(reference.nameOffset);
-            if (nameOffset != kNoName) {
-                if (nameOffset >= mapLength - nameList)
-                    return std::nullopt;
-                const std::size_t name = nameList + nameOffset;
-                const std::size_t nameLength = map[name];
-                if (nameLength > mapLength - name - 1)
-                    return std::nullopt;
-                resource.name.assign(reinterpret_cast<const char*>(map.data() + name + 1), nameLength);
-            }
-            for (std::size_t k = firstOfType; k < fork.resources.size(); ++k)
-                if (fork.resources[k].id == resource.id)
-                    return std::nullopt;
-            fork.resources.push_back(std::move(resource));
-        }
+    fork.resources.reserve(references->size());
+    for (const Reference& reference : *references) {
+        const auto block = data.subspan(reference.block, reference.length);
+        Resource& resource = fork.resources.emplace_back(
+            Resource{reference.type, reference.id, {}, reference.attributes, {block.begin(), block.end()}});
+        if (reference.name != kNoName)
+            resource.name.assign(reinterpret_cast<const char*>(map.data() + reference.name + 1), map[reference.name]);
     }
-    if (!disjoint(std::move(mapRanges)) || !disjoint(std::move(dataRanges)))
-        return std::nullopt;
     return fork;
 }
 
@@ -224,9 +258,10 @@ std::optional<std::vector<std::uint8_t>> serialiseResourceFork(const ResourceFor
         put16(entry.referenceListOffset, listsStart + references.size());
         appendRaw(typeList, entry);
         for (const Resource* resource : members) {
-            if (data.size() > kMaxDataOffset || resource->name.size() > 255
-                || resource->data.size() > std::numeric_limits<std::uint32_t>::max() - 4
-                || resource->data.size() + 4 > std::numeric_limits<std::uint32_t>::max() - data.size())
+            // Checked before anything is copied: a family too large for a fork
+            // is refused without ever being laid out.
+            if (resource->name.size() > 255 || resource->data.size() > kMaxResourceDataSize - 4
+                || resource->data.size() + 4 > kMaxResourceDataSize - data.size())
                 return std::nullopt;
             RawReference reference{};
             put16(reference.id, std::uint16_t(resource->id));
@@ -250,8 +285,6 @@ std::optional<std::vector<std::uint8_t>> serialiseResourceFork(const ResourceFor
     }
 
     const std::size_t mapLength = nameListOffset + names.size();
-    if (data.size() > std::numeric_limits<std::uint32_t>::max() - kResourceDataStart - mapLength)
-        return std::nullopt;
     RawHeader header;
     put32(header.dataOffset, kResourceDataStart);
     put32(header.mapOffset, kResourceDataStart + data.size());

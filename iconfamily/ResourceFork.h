@@ -20,6 +20,9 @@ namespace quilo {
 constexpr std::size_t kResourceForkHeaderSize = 16;
 // Where the data area starts; the bytes before it are the system's.
 constexpr std::size_t kResourceDataStart = 256;
+// The most data a fork Quilo writes holds: the map addresses the data with
+// 24 bits, so no block of a larger data area could be found by its offset.
+constexpr std::size_t kMaxResourceDataSize = std::size_t(1) << 24;
 // The size of a fork with an empty map, as macOS writes it.
 constexpr std::size_t kEmptyResourceForkSize = 286;
 
@@ -60,7 +63,7 @@ struct ResourceFork {
 std::optional<ResourceFork> parseResourceFork(std::span<const std::uint8_t> bytes);
 
 // The fork in canonical layout, or nullopt when it does not fit the format
-// (data area past 16 MB, a map past 64 KB, more than 65536 resources).
+// (data area past kMaxResourceDataSize, a map past 64 KB, more than 65536 resources).
 std::optional<std::vector<std::uint8_t>> serialiseResourceFork(const ResourceFork& fork);
 
 } // namespace quilo

@@ -4,7 +4,7 @@ namespace quilo {
 
 extern "C" __attribute__((visibility("default"))) const ImageCodecs* quiloImageCodecs()
 {
-    static const ImageCodecs codecs{&vipsLoadPicture, &vipsDecodeEmbeddedImage, &vipsWritePng};
+    static const ImageCodecs codecs{&vipsLoadPicture, &vipsDecodeEmbeddedImage, &vipsEncodePng};
     return &codecs;
 }
 

@@ -7,7 +7,7 @@ namespace quilo {
 
 PictureLoadResult vipsLoadPicture(const std::filesystem::path& path, int forIconWidth);
 std::optional<RgbaPixels> vipsDecodeEmbeddedImage(std::span<const std::uint8_t> data);
-bool vipsWritePng(const std::filesystem::path& path, const std::uint8_t* pixels, int width, int height,
-                  int channels);
+std::optional<std::vector<std::uint8_t>> vipsEncodePng(const std::uint8_t* pixels, int width, int height,
+                                                       int channels);
 
 } // namespace quilo

@@ -6,19 +6,23 @@
 
 namespace quilo {
 
-bool vipsWritePng(const std::filesystem::path& path, const std::uint8_t* pixels, int width, int height,
-                  int channels)
+std::optional<std::vector<std::uint8_t>> vipsEncodePng(const std::uint8_t* pixels, int width, int height,
+                                                       int channels)
 {
     if (!ensureVipsStarted())
-        return false;
+        return std::nullopt;
     try {
         const std::size_t size = std::size_t(width) * std::size_t(height) * std::size_t(channels);
         const vips::VImage image = vips::VImage::new_from_memory(const_cast<std::uint8_t*>(pixels), size, width,
                                                                  height, channels, VIPS_FORMAT_UCHAR);
-        image.pngsave(path.c_str());
-        return true;
+        void* buffer = nullptr;
+        std::size_t length = 0;
+        image.write_to_buffer(".png", &buffer, &length);
+        std::vector<std::uint8_t> bytes(static_cast<std::uint8_t*>(buffer), static_cast<std::uint8_t*>(buffer) + length);
+        g_free(buffer);
+        return bytes;
     } catch (const vips::VError&) {
-        return false;
+        return std::nullopt;
     }
 }
 

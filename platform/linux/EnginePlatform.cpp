@@ -6,7 +6,7 @@
 
 namespace quilo {
 
-ForkStore& platformForkStore()
+ForkStore& forkStore()
 {
     static SidecarForkStore store;
     return store;

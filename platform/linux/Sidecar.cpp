@@ -1,55 +1,80 @@
 #include "platform/linux/Sidecar.h"
 
 #include "foundation/AtomicFile.h"
-#include "iconfamily/ForkStore.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <memory>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 namespace quilo::sidecar {
 namespace {
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+ForkFailure failure(OSErr error, int systemError = 0) { return {error, systemError, {}}; }
+
+struct Descriptor {
+    int fd;
+    ~Descriptor()
+    {
+        if (fd >= 0)
+            ::close(fd);
+    }
 };
 
-OSErr readAll(std::FILE* file, std::vector<std::uint8_t>& bytes)
+ForkFailure readAll(int fd, std::size_t size, std::vector<std::uint8_t>& bytes)
 {
-    std::uint8_t chunk[1 << 16];
-    while (const std::size_t got = std::fread(chunk, 1, sizeof chunk, file)) {
-        if (bytes.size() + got > kMaxSidecarSize)
-            return mapReadErr;
-        bytes.insert(bytes.end(), chunk, chunk + got);
+    bytes.resize(size);
+    std::size_t got = 0;
+    while (got < size) {
+        const ssize_t n = ::read(fd, bytes.data() + got, size - got);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return failure(ioErr, errno);
+        if (n == 0)
+            break; // shrunk under us: what is there is parsed as it is
+        got += std::size_t(n);
     }
-    return std::ferror(file) ? ioErr : noErr;
+    bytes.resize(got);
+    return {};
 }
 
 } // namespace
 
-OSErr load(const std::filesystem::path& path, std::optional<AppleDouble>& sidecar)
+ForkFailure load(const std::filesystem::path& path, std::optional<AppleDouble>& sidecar)
 {
     sidecar.reset();
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
-    if (!file)
-        return errno == ENOENT ? noErr : (errno == EACCES ? permErr : ioErr);
+    // Non-blocking, so a FIFO or a device under the name cannot stall the
+    // open; anything but a regular file is then refused at once.
+    const Descriptor file{::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
+    if (file.fd < 0) {
+        if (errno == ENOENT || errno == ENAMETOOLONG)
+            return {};
+        return failure(errno == EACCES ? permErr : ioErr, errno);
+    }
+    struct stat status {};
+    if (::fstat(file.fd, &status) != 0)
+        return failure(ioErr, errno);
+    if (!S_ISREG(status.st_mode) || std::uintmax_t(status.st_size) > kMaxSidecarSize)
+        return failure(mapReadErr);
     std::vector<std::uint8_t> bytes;
-    if (const OSErr error = readAll(file.get(), bytes))
+    if (const ForkFailure error = readAll(file.fd, std::size_t(status.st_size), bytes); error.error)
         return error;
     sidecar = AppleDouble::parse(bytes);
-    return sidecar ? noErr : mapReadErr;
+    return sidecar ? ForkFailure{} : failure(mapReadErr);
 }
 
-OSErr store(const std::filesystem::path& path, const AppleDouble& sidecar, WhenEmpty whenEmpty)
+ForkFailure store(const std::filesystem::path& path, const AppleDouble& sidecar)
 {
-    if (whenEmpty == WhenEmpty::Delete && sidecar.holdsNothing())
-        return ::unlink(path.c_str()) == 0 || errno == ENOENT ? noErr : ioErr;
+    if (sidecar.holdsNothing())
+        return ::unlink(path.c_str()) == 0 || errno == ENOENT ? ForkFailure{} : failure(writErr, errno);
     const auto bytes = sidecar.serialise();
-    if (!bytes)
-        return mapReadErr;
-    return writeFileAtomically(path, *bytes) ? noErr : ioErr;
+    if (!bytes || bytes->size() > kMaxSidecarSize)
+        return failure(fsDataTooBigErr);
+    if (!writeFileAtomically(path, *bytes, false, 0644))
+        return failure(writErr, errno);
+    return {};
 }
 
 } // namespace quilo::sidecar

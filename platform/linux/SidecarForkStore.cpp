@@ -1,7 +1,7 @@
 #include "platform/linux/SidecarForkStore.h"
 
-#include "iconfamily/ResourceFork.h"
 #include "platform/linux/Sidecar.h"
+#include "platform/linux/SidecarEdit.h"
 
 #include <cerrno>
 #include <sys/stat.h>
@@ -21,33 +21,7 @@ OSErr loadExisting(const std::filesystem::path& item, std::optional<AppleDouble>
     const auto path = sidecarPath(item);
     if (path.empty() || !itemExists(item))
         return fnfErr;
-    return sidecar::load(path, sidecar);
-}
-
-// Loads the item's sidecar (a new one when it has none), lets `change` edit
-// it, and stores it unless `change` reports an error. A sidecar left holding
-// nothing goes, so taking an icon off leaves no trace; one the change left as
-// it was is not written again (each write is a sync to disk).
-template <typename Change>
-OSErr updateSidecar(const std::filesystem::path& item, Change&& change,
-                    sidecar::WhenEmpty whenEmpty = sidecar::WhenEmpty::Delete)
-{
-    std::optional<AppleDouble> sidecar;
-    if (const OSErr error = loadExisting(item, sidecar))
-        return error;
-    const std::optional<AppleDouble> before = sidecar;
-    if (!sidecar)
-        sidecar.emplace();
-    if (const OSErr error = change(*sidecar, !before))
-        return error;
-    if (before == sidecar)
-        return noErr;
-    return sidecar::store(sidecarPath(item), *sidecar, whenEmpty);
-}
-
-std::vector<std::uint8_t> emptyResourceFork()
-{
-    return serialiseResourceFork(ResourceFork{}).value();
+    return sidecar::load(path, sidecar).error;
 }
 
 } // namespace
@@ -60,21 +34,9 @@ std::filesystem::path sidecarPath(const std::filesystem::path& item)
     return item.parent_path() / ("._" + name.string());
 }
 
-OSErr SidecarForkStore::createResourceFork(const std::filesystem::path& item, OSType creator, OSType type)
+std::unique_ptr<ForkEdit> SidecarForkStore::edit(const std::filesystem::path& item)
 {
-    return updateSidecar(item, [&](AppleDouble& sidecar, bool isNew) {
-        const auto fork = sidecar.resourceFork();
-        if (fork && !fork->empty())
-            return dupFNErr;
-        if (isNew) {
-            FinderInfo info;
-            info.setFileType(type);
-            info.setCreator(creator);
-            sidecar.setFinderInfo(info);
-        }
-        sidecar.setResourceFork(emptyResourceFork());
-        return noErr;
-    }, sidecar::WhenEmpty::Keep); // the empty fork is what was asked for
+    return std::make_unique<SidecarEdit>(item, sidecarPath(item));
 }
 
 OSErr SidecarForkStore::readResourceFork(const std::filesystem::path& item, std::vector<std::uint8_t>& fork)
@@ -89,14 +51,6 @@ OSErr SidecarForkStore::readResourceFork(const std::filesystem::path& item, std:
     return noErr;
 }
 
-OSErr SidecarForkStore::writeResourceFork(const std::filesystem::path& item, std::span<const std::uint8_t> fork)
-{
-    return updateSidecar(item, [&](AppleDouble& sidecar, bool) {
-        sidecar.setResourceFork({fork.begin(), fork.end()});
-        return noErr;
-    });
-}
-
 OSErr SidecarForkStore::readFinderInfo(const std::filesystem::path& item, FinderInfo& info)
 {
     std::optional<AppleDouble> sidecar;
@@ -104,29 +58,6 @@ OSErr SidecarForkStore::readFinderInfo(const std::filesystem::path& item, Finder
         return error;
     info = sidecar ? sidecar->finderInfo() : FinderInfo{};
     return noErr;
-}
-
-OSErr SidecarForkStore::writeFinderInfo(const std::filesystem::path& item, const FinderInfo& info)
-{
-    return updateSidecar(item, [&](AppleDouble& sidecar, bool) {
-        sidecar.setFinderInfo(info);
-        return noErr;
-    });
-}
-
-std::optional<HfsCodes> SidecarForkStore::hfsCodes(const std::filesystem::path& item)
-{
-    struct stat status {};
-    if (::lstat(item.c_str(), &status) != 0)
-        return std::nullopt;
-    // A link's attributes are its own: a link has no sidecar of its own as a
-    // rule, so its codes are zeros.
-    std::optional<AppleDouble> sidecar;
-    const auto path = sidecarPath(item);
-    if (path.empty() || sidecar::load(path, sidecar) != noErr || !sidecar)
-        return HfsCodes{};
-    const FinderInfo info = sidecar->finderInfo();
-    return HfsCodes{info.fileType(), info.creator()};
 }
 
 std::string SidecarForkStore::whereKept(const std::filesystem::path& item)

@@ -10,12 +10,9 @@ namespace quilo {
 
 class SidecarForkStore final : public ForkStore {
 public:
-    OSErr createResourceFork(const std::filesystem::path& item, OSType creator, OSType type) override;
+    std::unique_ptr<ForkEdit> edit(const std::filesystem::path& item) override;
     OSErr readResourceFork(const std::filesystem::path& item, std::vector<std::uint8_t>& fork) override;
-    OSErr writeResourceFork(const std::filesystem::path& item, std::span<const std::uint8_t> fork) override;
     OSErr readFinderInfo(const std::filesystem::path& item, FinderInfo& info) override;
-    OSErr writeFinderInfo(const std::filesystem::path& item, const FinderInfo& info) override;
-    std::optional<HfsCodes> hfsCodes(const std::filesystem::path& item) override;
     std::string whereKept(const std::filesystem::path& item) override;
     bool holdsAnything(const std::filesystem::path& item) override;
     OSErr removeItem(const std::filesystem::path& item) override;

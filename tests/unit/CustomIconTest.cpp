@@ -131,22 +131,20 @@ TEST_F(CustomIcon, AnExistingForkKeepsItsResourcesAndTheFileItsTypeAndCreator)
     EXPECT_EQ(readSidecar(file_).finderInfo().creator(), fourCharCode("8BIM"));
 }
 
-TEST_F(CustomIcon, CompatibilityAddsTheOldResourcesThatExistAndNeverReplacesThem)
+TEST_F(CustomIcon, CompatibilityAddsTheOldResourcesOfTheNewFamilyOnly)
 {
-    const IconFamily withoutSmall8 = familyOf(60, {kSmall8BitData});
+    ASSERT_TRUE(familyOf(60).setAsCustomIconForFile(file_, true));
+    const IconFamily withoutSmall8 = familyOf(250, {kSmall8BitData});
     ASSERT_TRUE(withoutSmall8.setAsCustomIconForFile(file_, true));
-    EXPECT_EQ(resourceList(readFork(file_)), (std::vector<std::pair<std::string, int>>{
-                                                 {"icns", -16455}, {"icl8", -16455}, {"ICN#", -16455}, {"ics#", -16455}}));
-    Bytes icl8;
-    ASSERT_EQ(getIconFamilyData(withoutSmall8.iconFamilyHandle(), kLarge8BitData, icl8), noErr);
-    EXPECT_EQ(readFork(file_).find(kLarge8BitData, -16455)->data, icl8);
-
-    // Old compatibility resources are not removed first, so the first ones stay.
-    ASSERT_TRUE(familyOf(250).setAsCustomIconForFile(file_, true));
     const ResourceFork fork = readFork(file_);
-    EXPECT_EQ(fork.find(kLarge8BitData, -16455)->data, icl8);
-    EXPECT_EQ(fork.find(kIcns, -16455)->data, familyOf(250).iconFamilyHandle());
-    EXPECT_TRUE(fork.find(kSmall8BitData, -16455)) << "the one missing before is added now";
+    EXPECT_EQ(resourceList(fork), (std::vector<std::pair<std::string, int>>{
+                                      {"icns", -16455}, {"icl8", -16455}, {"ICN#", -16455}, {"ics#", -16455}}));
+    EXPECT_EQ(fork.resources[0].data, withoutSmall8.iconFamilyHandle());
+    for (const Resource& resource : std::span(fork.resources).subspan(1)) {
+        Bytes element;
+        ASSERT_EQ(getIconFamilyData(withoutSmall8.iconFamilyHandle(), resource.type, element), noErr);
+        EXPECT_EQ(resource.data, element) << fourCharCodeString(resource.type);
+    }
 }
 
 TEST_F(CustomIcon, RemovalTakesOnlyTheIconAndExactlyTwoFlags)

@@ -1,7 +1,0 @@
-#include "iconfamily/ForkStore.h"
-
-namespace quilo {
-
-ForkStore& forkStore() { return platformForkStore(); }
-
-} // namespace quilo
