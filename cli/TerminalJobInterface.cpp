@@ -71,7 +71,7 @@ void TerminalJobInterface::fileFinished(const FileOutcome& outcome)
     ++failed_;
     const std::filesystem::path path(pathFromQString(outcome.path));
     std::fprintf(stderr, "%squilo %s: %s: %s\n", lineOpen_ ? "\r\033[K" : "", command_,
-                 displayPath(path.string()).c_str(), displayPath(explainCustomIconFailure(path)).c_str());
+                 displayPath(path.string()).c_str(), displayPath(explainCustomIconFailure(outcome.failure)).c_str());
     lineOpen_ = false;
 }
 

@@ -183,14 +183,14 @@ void CreatingThumbnailsController::processFile(Job& job, const QString& path)
         ui_.showWindow();
         FileOutcome outcome{path, picture != nullptr || job.kind == kRestoreThumbnails, true};
         if (job.kind == kCreateThumbnails) {
-            outcome.changed = createThumbnail(job, path, picture.get());
+            outcome.changed = createThumbnail(job, path, picture.get(), &outcome.failure);
         } else if (job.kind == kRestoreThumbnails) {
-            outcome.changed = IconFamily::removeCustomIconFromFile(file);
+            outcome.changed = IconFamily::removeCustomIconFromFile(file, &outcome.failure);
         } else if (job.kind == kSaveAsICNS) {
             if (job.slot)
                 outcome.changed = job.slot->writeToFile(fsPath(icnsPathFor(path, job.destination)));
             if (defaults_.boolForKey(RTZCreateThumbnailsForNewICNSFilesKey))
-                outcome.changed = createThumbnail(job, path, picture.get()) && outcome.changed;
+                outcome.changed = createThumbnail(job, path, picture.get(), &outcome.failure) && outcome.changed;
         }
         changeNotifier().noteFileSystemChanged(file);
         ui_.fileFinished(outcome);
@@ -201,10 +201,11 @@ void CreatingThumbnailsController::processFile(Job& job, const QString& path)
 
 // A picture that could not be read gets clear thumbnails, which fill the
 // slot like any others.
-bool CreatingThumbnailsController::createThumbnail(Job& job, const QString& path, const Image* picture)
+bool CreatingThumbnailsController::createThumbnail(Job& job, const QString& path, const Image* picture,
+                                                   ForkFailure* failure)
 {
     job.slot = IconFamily::iconFamilyWithThumbnailsOfImage(picture ? *picture : Image());
-    return job.slot->setAsCustomIconForFile(fsPath(path));
+    return job.slot->setAsCustomIconForFile(fsPath(path), false, failure);
 }
 
 void CreatingThumbnailsController::closeWindowAndResetUI()

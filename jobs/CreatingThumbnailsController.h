@@ -48,7 +48,7 @@ private:
     bool selectionIsUsable(const QStringList& paths);
     std::optional<QString> chooseDestination(const QStringList& paths);
     void processFile(Job& job, const QString& path);
-    bool createThumbnail(Job& job, const QString& path, const Image* picture);
+    bool createThumbnail(Job& job, const QString& path, const Image* picture, ForkFailure* failure);
     void closeWindowAndResetUI();
 
     JobUserInterface& ui_;

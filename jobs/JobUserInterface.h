@@ -1,5 +1,6 @@
 #pragma once
 
+#include "iconfamily/ForkStore.h"
 #include "iconfamily/Image.h"
 
 #include <QString>
@@ -24,6 +25,7 @@ struct FileOutcome {
     QString path;
     bool pictureRead = true; // false: it was given clear thumbnails
     bool changed = true;     // false: its icon or .icns file could not be written
+    ForkFailure failure;     // what kept its icon from being written
 };
 
 // How a job reaches its user: the progress window's controls, alerts, the
