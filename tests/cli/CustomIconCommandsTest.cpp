@@ -9,11 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <random>
+#include <sys/stat.h>
 #include <set>
 
 namespace quilo {
@@ -331,6 +332,10 @@ TEST_F(CustomIconCommands, KilledAtAnyMomentEverySidecarIsAsBeforeOrComplete)
     }
     const auto sidecarOf = [](const fs::path& picture) { return picture.parent_path() / ("._" + picture.filename().string()); };
     const Bytes before = sidecarFromBefore();
+    // The kills land anywhere in the time a whole run takes here.
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(waitFor(spawnQuilo(arguments)), 0);
+    const auto wholeRun = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
     std::mt19937 random(20261124);
     int killedMidway = 0;
     const int kills = rounds(10, 100);
@@ -341,7 +346,7 @@ TEST_F(CustomIconCommands, KilledAtAnyMomentEverySidecarIsAsBeforeOrComplete)
                 writeFileBytes(sidecarOf(arguments[i]), before);
         }
         const pid_t child = spawnQuilo(arguments);
-        ::usleep(useconds_t(random() % 600'000));
+        ::usleep(useconds_t(random() % std::max<long long>(wholeRun.count(), 1000)));
         ::kill(child, SIGKILL);
         killedMidway += WIFSIGNALED(waitFor(child));
         for (std::size_t i = 1; i < arguments.size(); ++i) {
