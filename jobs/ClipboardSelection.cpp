@@ -29,8 +29,9 @@ QStringList localPaths(const QStringList& lines)
         const QString path = url.host().isEmpty()
             ? qStringFromPath(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()).toStdString())
             : url.toLocalFile();
-        // No file's name holds a NUL: opened, the path would name another file.
-        if (!path.isEmpty() && !path.contains(QChar(0)))
+        // Only whole paths name a file: not a relative one ("file:a.jpg"), nor
+        // one holding a NUL, which opened would name another file.
+        if (path.startsWith('/') && !path.contains(QChar(0)))
             paths << path;
     }
     return paths;
